@@ -1,0 +1,29 @@
+#include <surveymsg/core/detail/Clock.h>
+
+#include <dlfcn.h>
+
+#include <chrono>
+
+namespace surveymsg::detail {
+namespace {
+
+using TimeService = double (*)();
+
+// The service is optional: it is looked for once and kept for the life of the process.
+TimeService BindTimeService() {
+    void* library = dlopen("libTime.so", RTLD_NOW | RTLD_LOCAL);
+    return library ? reinterpret_cast<TimeService>(dlsym(library, "timeGetSeconds")) : nullptr;
+}
+
+}  // namespace
+
+double Now() {
+    static const TimeService service = BindTimeService();
+    if (service) return service();
+    const auto sinceUnix = std::chrono::system_clock::now().time_since_epoch();
+    const auto milliseconds = std::chrono::duration_cast<std::chrono::milliseconds>(sinceUnix).count();
+    return static_cast<double>(milliseconds / 1000) + static_cast<double>(milliseconds % 1000) * 0.001 -
+           kUnixEpochOffset;
+}
+
+}  // namespace surveymsg::detail

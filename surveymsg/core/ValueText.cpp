@@ -1,0 +1,256 @@
+#include <surveymsg/core/detail/ValueText.h>
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <ctime>
+#include <limits>
+
+#include <surveymsg/core/Msg.h>
+#include <surveymsg/core/detail/Clock.h>
+#include <surveymsg/core/detail/Template.h>
+
+namespace surveymsg::detail {
+namespace {
+
+bool IsBlank(const char* format) { return !format || !*format; }
+
+constexpr Conversion DefaultOf(char type) {
+    Conversion conversion;
+    conversion.type = type;
+    return conversion;
+}
+
+// Every rule in one: the default unless `format` is a template whose conversion the value fits.
+template <class Fits, class Append>
+void FormatBy(CString& out, const char* format, char defaultType, Fits&& fits, Append&& append) {
+    TextBuffer text;
+    Template parsed;
+    if (!IsBlank(format) && ParseTemplate(format, parsed) && (!parsed.conversion.type || fits(parsed.conversion))) {
+        AppendLiteral(text, parsed.head);
+        if (parsed.conversion.type) append(text, parsed.conversion);
+        AppendLiteral(text, parsed.tail);
+    } else {
+        append(text, DefaultOf(defaultType));
+    }
+    text.MoveTo(out);
+}
+
+}  // namespace
+
+void FormatNumber(CString& out, const char* format, double value) {
+    FormatBy(
+        out, format, 'f', [](const Conversion& conversion) { return conversion.IsNumber(); },
+        [value](TextBuffer& text, const Conversion& conversion) { AppendNumber(text, conversion, value); });
+}
+
+void FormatNumber(CString& out, const char* format, std::int32_t value) {
+    FormatBy(
+        out, format, 'd', [](const Conversion& conversion) { return conversion.IsNumber(); },
+        [value](TextBuffer& text, const Conversion& conversion) { AppendInteger(text, conversion, value, true); });
+}
+
+void FormatText(CString& out, const char* format, std::string_view value) {
+    value = value.substr(0, value.find('\0'));
+    if (IsBlank(format)) return out.Assign(value.data(), static_cast<int>(value.size()));
+    FormatBy(
+        out, format, 's', [](const Conversion& conversion) { return conversion.type == 's'; },
+        [value](TextBuffer& text, const Conversion& conversion) { AppendText(text, conversion, value); });
+}
+
+namespace {
+
+// The three units of an angle, largest first. A format may hold each once, in this order.
+constexpr std::string_view kTokens[] = {"DEG%", "MIN%", "SEC%"};
+constexpr std::size_t kUnitCount = std::size(kTokens);
+constexpr double kStep = 60.0;  // from a unit to the next smaller one
+constexpr double kPerStep = 0.016666666666666666;
+constexpr double kPerTwoSteps = 0.0002777777777777778;
+
+// A degree format taken apart: what stands before the first token, then for each unit its conversion and
+// the literal behind it.
+struct DegreeFormat {
+    std::string_view head;
+    struct Part {
+        bool present = false;
+        Conversion conversion;
+        std::string_view literal;
+    } parts[kUnitCount];
+};
+
+// False if a token stands twice or out of order, or has no conversion for a number behind it.
+bool ParseDegrees(std::string_view format, DegreeFormat& parsed) {
+    std::string_view* literal = &parsed.head;
+    std::size_t begin = 0;
+    std::size_t nextUnit = 0;
+    for (;;) {
+        std::size_t place = std::string_view::npos;
+        std::size_t unit = 0;
+        for (std::size_t each = 0; each < kUnitCount; ++each) {
+            const std::size_t found = format.find(kTokens[each], begin);
+            if (found < place) {
+                place = found;
+                unit = each;
+            }
+        }
+        *literal = format.substr(begin, place == std::string_view::npos ? place : place - begin);
+        if (place == std::string_view::npos) return nextUnit > 0;
+        if (unit < nextUnit) return false;
+        nextUnit = unit + 1;
+        DegreeFormat::Part& part = parsed.parts[unit];
+        // The format is terminated, so a conversion may be read behind the view's start.
+        const char* behind = ParseConversion(format.data() + place + kTokens[unit].size(), part.conversion);
+        if (!behind || !part.conversion.IsNumber()) return false;
+        part.present = true;
+        begin = static_cast<std::size_t>(behind - format.data());
+        literal = &part.literal;
+    }
+}
+
+// The number that a rendered text begins with.
+double NumberIn(std::string_view text) {
+    text.remove_prefix(std::min(text.find_first_not_of(" +"), text.size()));
+    double number = 0.0;
+    std::from_chars(text.data(), text.data() + text.size(), number);
+    return number;
+}
+
+// Renders minutes or seconds; `value` becomes what was printed. 60 starts over: the larger unit, which
+// still holds the fraction, carries by its own rounding.
+void RenderBelowSixty(TextBuffer& out, const Conversion& conversion, double& value) {
+    TextBuffer first;
+    AppendNumber(first, conversion, value);
+    value = NumberIn(first.View());
+    if (value >= kStep) {
+        value -= kStep;
+        AppendNumber(out, conversion, value);
+    } else {
+        out.Append(first.View());
+    }
+}
+
+// For a negative angle: the hemisphere's letter changes, and carries the sign.
+void TurnHemisphere(CString& text) {
+    if (const int east = text.Find("E"); east >= 0)
+        text.SetAt(east, 'W');
+    else if (const int north = text.Find("N"); north >= 0)
+        text.SetAt(north, 'S');
+    else
+        return;
+    const int minus = text.Find("-");
+    if (minus < 0) return;
+    const int length = text.GetLength();
+    char* start = text.GetBuffer(length);
+    std::copy(start + minus + 1, start + length, start + minus);
+    text.ReleaseBuffer(length - 1);
+}
+
+}  // namespace
+
+bool HoldsDegreeToken(const char* format) {
+    if (IsBlank(format)) return false;
+    const std::string_view text(format);
+    return std::any_of(std::begin(kTokens), std::end(kTokens),
+                       [text](std::string_view token) { return text.find(token) != std::string_view::npos; });
+}
+
+void FormatDegreeText(CString& out, const char* format, double value) {
+    DegreeFormat parsed;
+    if (!ParseDegrees(ViewOf(format), parsed)) return FormatNumber(out, nullptr, value);
+    const auto& [degreesPart, minutesPart, secondsPart] = parsed.parts;
+
+    double degrees = std::fabs(value);
+    double minutes = (degrees - std::trunc(degrees)) * kStep;
+    double seconds = (minutes - std::trunc(minutes)) * kStep;
+    // Smallest unit first, since each takes out of the next what it has printed.
+    TextBuffer secondsText;
+    if (secondsPart.present) {
+        RenderBelowSixty(secondsText, secondsPart.conversion, seconds);
+        minutes -= seconds * kPerStep;
+        degrees -= seconds * kPerTwoSteps;
+    }
+    TextBuffer minutesText;
+    if (minutesPart.present) {
+        RenderBelowSixty(minutesText, minutesPart.conversion, minutes);
+        degrees -= minutes * kPerStep;
+    }
+
+    TextBuffer text;
+    text.Append(parsed.head);
+    if (degreesPart.present) {
+        AppendNumber(text, degreesPart.conversion, value < 0.0 ? degrees * -1.0 : degrees);
+        AppendLiteral(text, degreesPart.literal);
+    }
+    if (minutesPart.present) {
+        text.Append(minutesText.View());
+        AppendLiteral(text, minutesPart.literal);
+    }
+    if (secondsPart.present) {
+        text.Append(secondsText.View());
+        AppendLiteral(text, secondsPart.literal);
+    }
+    text.MoveTo(out);
+    if (value < 0.0) TurnHemisphere(out);
+}
+
+void FormatAngle(CString& out, const char* format, double value) {
+    if (HoldsDegreeToken(format))
+        FormatDegreeText(out, format, value);
+    else
+        FormatNumber(out, format, value);
+}
+
+bool FormatCalendar(CString& out, const char* format, double time) {
+    constexpr std::size_t kCalendarText = 80;
+    constexpr double kLastSecond = std::numeric_limits<std::int32_t>::max();
+    char text[kCalendarText];
+    std::size_t length = 0;
+    const double sinceUnix = std::trunc(time + kUnixEpochOffset);
+    if (sinceUnix >= 0.0 && sinceUnix <= kLastSecond) {
+        const auto seconds = static_cast<std::time_t>(sinceUnix);
+        std::tm calendar{};
+        gmtime_r(&seconds, &calendar);
+        length = std::strftime(text, sizeof text, IsBlank(format) ? "%H:%M:%S %d %b %y" : format, &calendar);
+    }
+    out.Assign(text, static_cast<int>(length));
+    return length > 0;
+}
+
+std::int64_t ToInteger(double value) {
+    constexpr double kLimit = 9223372036854775808.0;  // 2 to the power of 63
+    return value >= -kLimit && value < kLimit ? static_cast<std::int64_t>(value) : 0;
+}
+
+}  // namespace surveymsg::detail
+
+int CMsg::FormatTime(const char* format, CString* out, double time) {
+    if (!out) return 0;
+    return surveymsg::detail::FormatCalendar(*out, format, time == 0.0 ? MsgTime : time);
+}
+
+void CMsg::FormatString(double value, const char* format, CString* out) {
+    if (ViewOf(format) == "%c") {
+        const char character = static_cast<char>(surveymsg::detail::ToInteger(value));
+        out->Assign(&character, character ? 1 : 0);
+        return;
+    }
+    surveymsg::detail::FormatAngle(*out, format, value);
+}
+
+int CMsg::ValidNumberFormat(const char* format) {
+    constexpr std::string_view kSkipped = "0123456789.-+hlIL";
+    if (!format) return 1;
+    while (*format) {
+        if (*format++ != '%') continue;
+        while (*format && kSkipped.find(*format) != std::string_view::npos) ++format;
+        if (*format == 's' || *format == 'S') return 0;
+        if (*format) ++format;
+    }
+    return 1;
+}
+
+int CMsg::SpecialDegreesFormat(CString format) { return surveymsg::detail::HoldsDegreeToken(format); }
+
+void CMsg::FormatDegrees(CString& out, const char* format, double value) {
+    surveymsg::detail::FormatDegreeText(out, format, value);
+}

@@ -1,0 +1,23 @@
+#include <surveymsg/platform/PtrArray.h>
+
+#include <algorithm>
+
+CPtrArray::CPtrArray() = default;
+CPtrArray::CPtrArray(const CPtrArray& other) = default;
+CPtrArray& CPtrArray::operator=(const CPtrArray& other) = default;
+CPtrArray::~CPtrArray() = default;
+
+int CPtrArray::Add(void* pointer) {
+    slots_.push_back(pointer);
+    return GetSize() - 1;
+}
+
+void CPtrArray::SetAtGrow(int index, void* pointer) {
+    if (index < 0) return;
+    if (index >= GetSize()) SetSize(index + 1);
+    slots_[static_cast<std::size_t>(index)] = pointer;
+}
+
+void CPtrArray::SetSize(int size) { slots_.resize(static_cast<std::size_t>(std::max(size, 0)), nullptr); }
+
+void CPtrArray::RemoveAll() { slots_.clear(); }

@@ -1,0 +1,113 @@
+#pragma once
+
+#include <cstdint>
+#include <cstring>
+#include <string_view>
+
+#include <surveymsg/platform/Export.h>
+
+/// A text with a stored length. Any byte value is kept, zero included; copying and comparing go by the
+/// stored length, and a terminator always stands behind the last byte. Up to 31 characters live inside
+/// the object: the keys and names of real messages need no heap.
+///
+/// Running out of memory raises `CMemoryException` and leaves the text as it was.
+class SURVEYMSG_API CString {
+public:
+    CString() noexcept { inline_[0] = '\0'; }
+    CString(const char* text) : CString() { Assign(text, LengthOf(text)); }  ///< null gives empty
+    CString(const char* text, int length) : CString() { Assign(text, length); }
+    CString(const CString& other) : CString() { Assign(other.Data(), other.GetLength()); }
+    CString(CString&& other) noexcept : CString() { Swap(other); }
+    ~CString() { Free(); }
+
+    CString& operator=(const CString& other) {
+        Assign(other.Data(), other.GetLength());
+        return *this;
+    }
+    CString& operator=(CString&& other) noexcept {
+        Swap(other);
+        return *this;
+    }
+    CString& operator=(const char* text) {
+        Assign(text, LengthOf(text));
+        return *this;
+    }
+
+    int GetLength() const { return static_cast<int>(length_); }
+    bool IsEmpty() const { return length_ == 0; }
+    void Empty() { SetLength(0); }  ///< keeps the storage
+
+    operator const char*() const { return Data(); }
+    char operator[](int index) const { return Data()[index]; }
+    void SetAt(int index, char character) { Data()[index] = character; }
+    std::string_view View() const { return {Data(), length_}; }
+
+    CString Left(int count) const;            ///< the first `count` characters, or all there are
+    CString Mid(int first) const;             ///< all from `first` on
+    CString Mid(int first, int count) const;  ///< at most `count` from `first` on
+    int Find(const char* text) const;         ///< place of the first occurrence, -1 if there is none
+
+    CString& operator+=(const CString& other) { return Append(other.Data(), other.GetLength()); }
+    CString& operator+=(const char* text) { return Append(text, LengthOf(text)); }
+    CString& Append(const char* text, int length);
+    /// The text becomes `length` bytes from `text`, which may lie inside this text.
+    void Assign(const char* text, int length) {
+        if (static_cast<std::uint32_t>(length) > capacity_) return AssignGrown(text, length);
+        if (length > 0) std::memmove(Data(), text, static_cast<std::size_t>(length));
+        SetLength(length < 0 ? 0 : static_cast<std::uint32_t>(length));
+    }
+
+    /// Storage for at least `minimum` characters and a terminator, holding the present text; what lies
+    /// behind the text has no defined content. `ReleaseBuffer` must follow before the text is used
+    /// again. A large reserve is lent by the calling thread and goes back when it is released with
+    /// little in it, so asking for much costs neither filling nor memory that stays.
+    char* GetBuffer(int minimum);
+    /// Ends `GetBuffer`: the text has `length` characters, or, for -1, those up to the first
+    /// terminator. A length above the storage means all of the storage.
+    void ReleaseBuffer(int length = -1);
+
+    void Swap(CString& other) noexcept;
+
+    /// Characters that need no heap.
+    static constexpr int kInlineLength = 31;
+
+private:
+    static int LengthOf(const char* text) { return text ? static_cast<int>(std::strlen(text)) : 0; }
+    bool IsInline() const { return capacity_ == kInlineLength; }
+    char* Data() { return IsInline() ? inline_ : heap_; }
+    const char* Data() const { return IsInline() ? inline_ : heap_; }
+    void SetLength(std::uint32_t length) {
+        length_ = length;
+        Data()[length] = '\0';
+    }
+    void Free() {
+        if (!IsInline()) FreeHeap();
+    }
+    void FreeHeap();
+    void AssignGrown(const char* text, int length);
+    void Grow(std::uint32_t capacity);
+    void ShrinkTo(std::uint32_t length);
+
+    std::uint32_t length_ = 0;
+    std::uint32_t capacity_ = kInlineLength;  // characters, without the terminator
+    union {
+        char inline_[kInlineLength + 1];
+        char* heap_;
+    };
+};
+
+inline bool operator==(const CString& a, const CString& b) { return a.View() == b.View(); }
+inline bool operator!=(const CString& a, const CString& b) { return a.View() != b.View(); }
+inline bool operator<(const CString& a, const CString& b) { return a.View() < b.View(); }
+
+inline std::string_view ViewOf(const char* text) { return text ? std::string_view(text) : std::string_view(); }
+inline bool operator==(const CString& a, const char* b) { return a.View() == ViewOf(b); }
+inline bool operator==(const char* a, const CString& b) { return ViewOf(a) == b.View(); }
+inline bool operator!=(const CString& a, const char* b) { return a.View() != ViewOf(b); }
+inline bool operator!=(const char* a, const CString& b) { return ViewOf(a) != b.View(); }
+inline bool operator<(const CString& a, const char* b) { return a.View() < ViewOf(b); }
+inline bool operator<(const char* a, const CString& b) { return ViewOf(a) < b.View(); }
+
+SURVEYMSG_API CString operator+(const CString& a, const CString& b);
+SURVEYMSG_API CString operator+(const CString& a, const char* b);
+SURVEYMSG_API CString operator+(const char* a, const CString& b);

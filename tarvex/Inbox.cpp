@@ -1,0 +1,82 @@
+#include "tarvex/Inbox.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cstring>
+
+namespace tarvex {
+
+Message::Message(const Address& address, const void* body, std::uint32_t bodyLength)
+    : number_(address.number),
+      taskAt_(static_cast<std::uint16_t>(address.node.size() + 1)),
+      msgKeyAt_(static_cast<std::uint16_t>(taskAt_ + address.task.size() + 1)),
+      identifierAt_(static_cast<std::uint16_t>(msgKeyAt_ + address.msgKey.size() + 1)),
+      bodyAt_(static_cast<std::uint16_t>(identifierAt_ + address.identifier.size() + 1)),
+      bodyLength_(bodyLength) {
+    block_.reset(new char[std::size_t{bodyAt_} + bodyLength]);
+    const auto put = [this](std::size_t at, std::string_view text) {
+        text.copy(block_.get() + at, text.size());
+        block_[at + text.size()] = '\0';
+    };
+    put(0, address.node);
+    put(taskAt_, address.task);
+    put(msgKeyAt_, address.msgKey);
+    put(identifierAt_, address.identifier);
+    if (bodyLength > 0) std::memcpy(block_.get() + bodyAt_, body, bodyLength);
+}
+
+Address Message::Keys() const {
+    const auto text = [this](std::size_t at, std::size_t next) {
+        return std::string_view(block_.get() + at, next - at - 1);
+    };
+    return {text(0, taskAt_), text(taskAt_, msgKeyAt_), number_, text(msgKeyAt_, identifierAt_),
+            text(identifierAt_, bodyAt_)};
+}
+
+bool Inbox::Push(Message message) {
+    {
+        const std::lock_guard lock(mutex_);
+        if (messages_.size() >= kMostMessages || bytes_ + message.Bytes() > kMostBytes) return false;
+        const std::size_t bytes = message.Bytes();
+        messages_.push_back(std::move(message));
+        bytes_ += bytes;
+        if (waiting_ == 0) return true;
+    }
+    arrived_.notify_one();
+    return true;
+}
+
+bool Inbox::Wait(std::uint32_t milliseconds) {
+    constexpr std::uint32_t kForEver = 0xFFFFFFFF;
+    std::unique_lock lock(mutex_);
+    if (!messages_.empty()) return true;
+    if (milliseconds == 0) return false;
+    const auto arrived = [this] { return !messages_.empty(); };
+    ++waiting_;
+    bool found = true;
+    if (milliseconds == kForEver)
+        arrived_.wait(lock, arrived);
+    else
+        found = arrived_.wait_for(lock, std::chrono::milliseconds(milliseconds), arrived);
+    --waiting_;
+    return found;
+}
+
+bool Inbox::Read(const std::function<bool(const Message&)>& take) {
+    const std::lock_guard lock(mutex_);
+    if (messages_.empty()) return false;
+    if (take(messages_.front())) {
+        bytes_ -= messages_.front().Bytes();
+        messages_.pop_front();
+    }
+    return true;
+}
+
+void Inbox::Keep(const std::function<bool(const Address&)>& wanted) {
+    const std::lock_guard lock(mutex_);
+    std::erase_if(messages_, [&](const Message& message) { return !wanted(message.Keys()); });
+    bytes_ = 0;
+    for (const Message& message : messages_) bytes_ += message.Bytes();
+}
+
+}  // namespace tarvex

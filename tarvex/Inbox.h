@@ -1,0 +1,59 @@
+#pragma once
+
+#include <condition_variable>
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <memory>
+#include <mutex>
+
+#include "tarvex/Keys.h"
+
+namespace tarvex {
+
+/// One message on its way to a reader: its five keys and its body, in one block.
+class Message {
+public:
+    Message(const Address& address, const void* body, std::uint32_t bodyLength);
+
+    Address Keys() const;
+    const char* Body() const { return block_.get() + bodyAt_; }
+    std::uint32_t BodyLength() const { return bodyLength_; }
+    std::size_t Bytes() const { return std::size_t{bodyAt_} + bodyLength_; }
+
+private:
+    std::unique_ptr<char[]> block_;  // node, task, key, identifier, each terminated; then the body
+    std::uint32_t number_;
+    std::uint16_t taskAt_;
+    std::uint16_t msgKeyAt_;
+    std::uint16_t identifierAt_;
+    std::uint16_t bodyAt_;
+    std::uint32_t bodyLength_;
+};
+
+/// The process's queue of unread messages, in the order of their arrival. Bounded: what is refused was
+/// never taken, and what was taken is kept until it is read. Any thread may call.
+class Inbox {
+public:
+    static constexpr std::size_t kMostMessages = 65536;
+    static constexpr std::size_t kMostBytes = 256u << 20;
+
+    /// False if the queue is full.
+    bool Push(Message message);
+    /// Whether there is a message, after at most `milliseconds`; 0xFFFFFFFF waits for ever.
+    bool Wait(std::uint32_t milliseconds);
+    /// Hands the oldest message to `take`, which says whether it is done with; if not, it stays. False if
+    /// there is none.
+    bool Read(const std::function<bool(const Message&)>& take);
+    /// Drops the messages that `wanted` does not want.
+    void Keep(const std::function<bool(const Address&)>& wanted);
+
+private:
+    std::mutex mutex_;
+    std::condition_variable arrived_;
+    std::deque<Message> messages_;
+    std::size_t bytes_ = 0;
+    int waiting_ = 0;
+};
+
+}  // namespace tarvex

@@ -1,0 +1,106 @@
+#include "tarvex/Keys.h"
+
+#include <charconv>
+#include <cstring>
+
+namespace tarvex {
+namespace {
+
+constexpr char kSeparator = '.';
+constexpr char kEscape = '%';
+constexpr std::string_view kAny = "*";
+
+bool TextMatches(std::string_view pattern, std::string_view text) { return pattern == text || pattern == kAny; }
+
+bool NeedsEscape(char c) {
+    const auto byte = static_cast<unsigned char>(c);
+    return byte <= 0x20 || byte == 0x7F || std::strchr(".*>%\"\\", c);
+}
+
+void AppendToken(std::string& out, std::string_view text) {
+    constexpr char kDigits[] = "0123456789ABCDEF";
+    if (text.empty()) out += kEscape;
+    for (const char c : text) {
+        if (!NeedsEscape(c)) {
+            out += c;
+            continue;
+        }
+        const auto byte = static_cast<unsigned char>(c);
+        out += kEscape;
+        out += kDigits[byte >> 4];
+        out += kDigits[byte & 0xF];
+    }
+}
+
+// Undoes the escapes of the token at `text` in place. False if there is no sound token.
+bool ParseToken(char* text, char* end, std::string_view& token) {
+    char* to = text;
+    const bool isEmptyText = end - text == 1 && *text == kEscape;
+    for (const char* from = text; from != end && !isEmptyText;) {
+        if (*from != kEscape) {
+            *to++ = *from++;
+            continue;
+        }
+        unsigned byte = 0;
+        if (end - from < 3) return false;
+        const auto [parsed, error] = std::from_chars(from + 1, from + 3, byte, 16);
+        if (error != std::errc{} || parsed != from + 3 || byte == 0) return false;
+        *to++ = static_cast<char>(byte);
+        from += 3;
+    }
+    if (to == text && !isEmptyText) return false;
+    *to = '\0';
+    token = {text, static_cast<std::size_t>(to - text)};
+    return true;
+}
+
+}  // namespace
+
+bool Matches(const Address& pattern, const Address& address) {
+    return TextMatches(pattern.msgKey, address.msgKey) && TextMatches(pattern.identifier, address.identifier) &&
+           (pattern.number == 0 || pattern.number == address.number) && TextMatches(pattern.task, address.task) &&
+           TextMatches(pattern.node, address.node);
+}
+
+OwnedAddress::OwnedAddress(const Address& address)
+    : node_(address.node),
+      task_(address.task),
+      number_(address.number),
+      msgKey_(address.msgKey),
+      identifier_(address.identifier) {}
+
+void AppendKeyText(std::string& out, const Address& address) {
+    AppendToken(out, address.node);
+    out += kSeparator;
+    AppendToken(out, address.task);
+    out += kSeparator;
+    out += std::to_string(address.number);
+    out += kSeparator;
+    AppendToken(out, address.msgKey);
+    out += kSeparator;
+    AppendToken(out, address.identifier);
+}
+
+bool ParseKeyText(char* text, Address& address, char*& end) {
+    constexpr int kKeys = 5;
+    constexpr int kNumber = 2;
+    std::string_view* const texts[kKeys] = {&address.node, &address.task, nullptr, &address.msgKey,
+                                            &address.identifier};
+    end = text + std::strlen(text);
+    char* token = text;
+    for (int key = 0; key < kKeys; ++key) {
+        char* tokenEnd = static_cast<char*>(std::memchr(token, kSeparator, static_cast<std::size_t>(end - token)));
+        if ((tokenEnd == nullptr) != (key == kKeys - 1)) return false;  // too few or too many
+        if (!tokenEnd) tokenEnd = end;
+        if (key == kNumber) {
+            const auto [parsed, error] = std::from_chars(token, tokenEnd, address.number);
+            if (error != std::errc{} || parsed != tokenEnd) return false;
+        } else if (!ParseToken(token, tokenEnd, *texts[key])) {
+            return false;
+        }
+        token = tokenEnd + 1;
+    }
+    return true;
+}
+
+}  // namespace tarvex
