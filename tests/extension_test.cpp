@@ -18,8 +18,13 @@ struct Frees {
 using Owned = std::unique_ptr<CMsg, Frees>;
 
 msguser Field(int storage, const char* name, int count = 0, int size = 0, int display = 0) {
-    return {static_cast<std::uint8_t>(storage), static_cast<std::uint8_t>(display), static_cast<std::uint16_t>(count),
-            name, 0, static_cast<std::uint16_t>(size), 0};
+    return {static_cast<std::uint8_t>(storage),
+            static_cast<std::uint8_t>(display),
+            static_cast<std::uint16_t>(count),
+            name,
+            0,
+            static_cast<std::uint16_t>(size),
+            0};
 }
 const msguser kClose = {MsgStorageClose, 0, 0, nullptr, 0, 0, 0};
 
@@ -91,7 +96,8 @@ protected:
         message->Body = CString(reinterpret_cast<const char*>(&record), sizeof record);
     }
 
-    Sonar record{"bow", -3, 200, -300, 60000, -70000, 4000000000u, 33.25f, 1.0, {1.5, 2.5, 3.5, 4.5}, {{7.0, 8.0f}, {}}, 5};
+    Sonar record{"bow", -3, 200, -300, 60000, -70000, 4000000000u, 33.25f, 1.0, {1.5, 2.5, 3.5, 4.5}, {{7.0, 8.0f}, {}},
+                 5};
     Owned message;
 };
 
@@ -126,10 +132,11 @@ TEST_F(Extension, ListsItsFieldsByPath) {
 
 TEST_F(Extension, ShowsEveryStorage) {
     message->GetMemberDefinitions(nullptr);
-    const std::pair<int, const char*> texts[] = {
-        {100, "bow"}, {101, "-3"}, {102, "200"}, {103, "-300"}, {104, "60000"}, {105, "-70000"},
-        {106, "-294967296"}, {107, "33.250000"}, {108, "06 01 80 00:00:01"}, {109, "1.500000"},
-        {110, "7.000000"}, {111, "8.000000"}, {112, kUntouched}, {113, "(0)"}, {99, "(0)"}};
+    const std::pair<int, const char*> texts[] = {{100, "bow"},        {101, "-3"},        {102, "200"},
+                                                 {103, "-300"},       {104, "60000"},     {105, "-70000"},
+                                                 {106, "-294967296"}, {107, "33.250000"}, {108, "06 01 80 00:00:01"},
+                                                 {109, "1.500000"},   {110, "7.000000"},  {111, "8.000000"},
+                                                 {112, kUntouched},   {113, "(0)"},       {99, "(0)"}};
     for (const auto& [id, text] : texts) EXPECT_EQ(Format(*message, static_cast<std::uint16_t>(id)), text) << id;
     EXPECT_EQ(Format(*message, 106, "%u"), "4000000000");
     EXPECT_EQ(Format(*message, 107, "DEG%03.0f MIN%04.1f E"), "033 15.0 E");
@@ -143,8 +150,9 @@ TEST_F(Extension, ShowsEveryStorage) {
 
 TEST_F(Extension, ReadsAndWritesNumbersInPlace) {
     message->GetMemberDefinitions(nullptr);
-    const std::pair<int, double> stored[] = {{101, -3}, {102, 200}, {103, -300}, {104, 60000}, {105, -70000},
-                                             {106, 4000000000.0}, {107, 33.25}, {108, 1.0}, {109, 1.5}, {112, 5}};
+    const std::pair<int, double> stored[] = {
+        {101, -3},           {102, 200},   {103, -300}, {104, 60000}, {105, -70000},
+        {106, 4000000000.0}, {107, 33.25}, {108, 1.0},  {109, 1.5},   {112, 5}};
     for (const auto& [id, expected] : stored) {
         double value = 0.0;
         EXPECT_EQ(message->GetMemberValue(static_cast<std::uint16_t>(id), 0, &value), 1);
@@ -232,7 +240,8 @@ TEST_F(Extension, FormatsAreFetchedOnceForAKeyText) {
 // Every byte of a published record changed: no format, or one whose members all stay within the body.
 TEST_F(Extension, AChangedFormatIsRefusedOrHarmless) {
     const auto format = BuildFormat(kSonar, sizeof(Sonar));
-    std::vector<char> bytes(reinterpret_cast<char*>(format.get()), reinterpret_cast<char*>(format.get()) + format->Length);
+    std::vector<char> bytes(reinterpret_cast<char*>(format.get()),
+                            reinterpret_cast<char*>(format.get()) + format->Length);
     int refused = 0;
     for (std::size_t place = 0; place < bytes.size(); ++place)
         for (const int change : {0x01, 0xFF}) {
@@ -297,17 +306,22 @@ TEST(PositionOffset, IsARecordWithItsFormat) {
     const Owned reader(made);
     *reader << received;
     std::string listing;
-    for (const MemberDefinition* row : Rows(*reader)) listing += std::string(row->Label) + "=" + Format(*reader, row->Id) + ";";
+    for (const MemberDefinition* row : Rows(*reader))
+        listing += std::string(row->Label) + "=" + Format(*reader, row->Id) + ";";
     const std::string zeros =
         "LocalENH.Easting=0.000000;FilterPos.LocalENH.Northing=0.000000;FilterPos.LocalENH.Height=0.000000;"
-        "FilterPos.LocalGeog.Latitude=0.000000;FilterPos.LocalGeog.Longitude=0.000000;FilterPos.LocalGeog.Height=0.000000;"
-        "FilterPos.WGS84Geog.Latitude=0.000000;FilterPos.WGS84Geog.Longitude=0.000000;FilterPos.WGS84Geog.Height=0.000000;";
-    EXPECT_EQ(listing,
-              "Time=06 01 80 00:00:01;AvailFlags=902;Position.LocalENH.Easting=1.500000;Position.LocalENH.Northing=2.500000;"
-              "Position.LocalENH.Height=-10.000000;Position.LocalGeog.Latitude=59.500000;Position.LocalGeog.Longitude=-1.250000;"
-              "Position.LocalGeog.Height=-10.000000;Position.WGS84Geog.Latitude=0.000000;"
-              "Position.WGS84Geog.Longitude=0.000000;Position.WGS84Geog.Height=0.000000;FilterPos." +
-                  zeros + "GridHding=123.456001;TrueHding=2.000000;ValidFlags=1;");
+        "FilterPos.LocalGeog.Latitude=0.000000;FilterPos.LocalGeog.Longitude=0.000000;FilterPos.LocalGeog.Height=0."
+        "000000;"
+        "FilterPos.WGS84Geog.Latitude=0.000000;FilterPos.WGS84Geog.Longitude=0.000000;FilterPos.WGS84Geog.Height=0."
+        "000000;";
+    EXPECT_EQ(
+        listing,
+        "Time=06 01 80 00:00:01;AvailFlags=902;Position.LocalENH.Easting=1.500000;Position.LocalENH.Northing=2.500000;"
+        "Position.LocalENH.Height=-10.000000;Position.LocalGeog.Latitude=59.500000;Position.LocalGeog.Longitude=-1."
+        "250000;"
+        "Position.LocalGeog.Height=-10.000000;Position.WGS84Geog.Latitude=0.000000;"
+        "Position.WGS84Geog.Longitude=0.000000;Position.WGS84Geog.Height=0.000000;FilterPos." +
+            zeros + "GridHding=123.456001;TrueHding=2.000000;ValidFlags=1;");
     received.MsgKey = "PRX~PositionOffset";
     received.InstanceIdentifier = "*";
     received.Unsubscribe();

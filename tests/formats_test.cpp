@@ -19,8 +19,13 @@ struct Frees {
 using Format = std::unique_ptr<msgfmt, Frees>;
 
 msguser Field(int storage, const char* name, int count = 0, int size = 0, int display = 0) {
-    return {static_cast<std::uint8_t>(storage), static_cast<std::uint8_t>(display), static_cast<std::uint16_t>(count),
-            name, 0, static_cast<std::uint16_t>(size), 0};
+    return {static_cast<std::uint8_t>(storage),
+            static_cast<std::uint8_t>(display),
+            static_cast<std::uint16_t>(count),
+            name,
+            0,
+            static_cast<std::uint16_t>(size),
+            0};
 }
 const msguser kClose = {MsgStorageClose, 0, 0, nullptr, 0, 0, 0};
 
@@ -63,9 +68,8 @@ struct Outer {
 };
 
 const std::vector<msguser> kOuter = {
-    Field(MsgStorageInt16, "id"),   Field(MsgStorageText, "name", 0, 5),
-    Field(MsgStorageOpen, "inner", 3), Field(MsgStorageUInt8, "flag"),
-    Field(MsgStorageDouble, "value"), kClose,
+    Field(MsgStorageInt16, "id"),        Field(MsgStorageText, "name", 0, 5), Field(MsgStorageOpen, "inner", 3),
+    Field(MsgStorageUInt8, "flag"),      Field(MsgStorageDouble, "value"),    kClose,
     Field(MsgStorageFloat, "values", 4), Field(MsgStorageUInt8, "last"),
 };
 
@@ -74,10 +78,12 @@ TEST(Formats, AreLaidOutAsTheCompilerDoes) {
     ASSERT_TRUE(format);
     EXPECT_EQ(format->FieldCount, 7);
     const auto at = [](std::size_t offset) { return std::to_string(offset); };
-    EXPECT_EQ(Listing(format.get()), "id@0*0:2 name@2*0:5 inner@" + at(offsetof(Outer, inner)) + "*3:16(flag@0*0:1 value@8*0:8 ) values@" +
-                                         at(offsetof(Outer, values)) + "*4:4 last@" + at(offsetof(Outer, last)) + "*0:1 ");
+    EXPECT_EQ(Listing(format.get()), "id@0*0:2 name@2*0:5 inner@" + at(offsetof(Outer, inner)) +
+                                         "*3:16(flag@0*0:1 value@8*0:8 ) values@" + at(offsetof(Outer, values)) +
+                                         "*4:4 last@" + at(offsetof(Outer, last)) + "*0:1 ");
     const Format packed = Build(kOuter, 200, 1);
-    EXPECT_EQ(Listing(packed.get()), "id@0*0:2 name@2*0:5 inner@7*3:9(flag@0*0:1 value@1*0:8 ) values@34*4:4 last@50*0:1 ");
+    EXPECT_EQ(Listing(packed.get()),
+              "id@0*0:2 name@2*0:5 inner@7*3:9(flag@0*0:1 value@1*0:8 ) values@34*4:4 last@50*0:1 ");
     // Words stand at their own size whatever the alignment.
     const Format words = Build({Field(MsgStorageUInt8, "a"), Field(MsgStorageInt16, "b")}, 4, 1);
     EXPECT_EQ(Listing(words.get()), "a@0*0:1 b@2*0:2 ");

@@ -1,0 +1,3 @@
+#include "examples/own-record/OwnRecord.h"
+
+int main() { return ListenToEverything() && SendSonarStatus() && ShowNextMessage() ? 0 : 1; }

@@ -1,0 +1,8 @@
+#pragma once
+
+namespace demo {
+
+/// The text of `sample/ranging-sample.txt`.
+extern const char kSampleText[];
+
+}  // namespace demo
