@@ -16,7 +16,7 @@ CMsg* Make() {
 }
 
 struct CatalogueRow {
-    const char* key;
+    std::string_view key;  // terminated
     CMsg* (*make)();
 };
 
@@ -37,7 +37,7 @@ constexpr CatalogueRow kCatalogue[] = {
 constexpr auto kKeys = [] {
     std::array<const char*, std::size(kCatalogue) + 1> keys{};
     std::transform(std::begin(kCatalogue), std::end(kCatalogue), keys.begin(),
-                   [](const CatalogueRow& row) { return row.key; });
+                   [](const CatalogueRow& row) { return row.key.data(); });
     return keys;
 }();
 
@@ -52,8 +52,9 @@ int AllocMsg(const char* key, const char* formatKey, CMsg** message) {
     if (!message) return 0;
     *message = nullptr;
     try {
+        const std::string_view wanted = ViewOf(key);
         for (const CatalogueRow& row : kCatalogue) {
-            if (ViewOf(key) != row.key) continue;
+            if (wanted != row.key) continue;
             *message = row.make();
             return 1;
         }

@@ -5,6 +5,7 @@
 
 #include <cstring>
 
+#include "support/FormatRows.h"
 #include "support/Text.h"
 
 #include <surveymsg/outside/Lumbra.h>
@@ -16,17 +17,6 @@ struct Frees {
     void operator()(CMsg* message) const { FreeMsg(message); }
 };
 using Owned = std::unique_ptr<CMsg, Frees>;
-
-msguser Field(int storage, const char* name, int count = 0, int size = 0, int display = 0) {
-    return {static_cast<std::uint8_t>(storage),
-            static_cast<std::uint8_t>(display),
-            static_cast<std::uint16_t>(count),
-            name,
-            0,
-            static_cast<std::uint16_t>(size),
-            0};
-}
-const msguser kClose = {MsgStorageClose, 0, 0, nullptr, 0, 0, 0};
 
 std::unique_ptr<msgfmt, void (*)(void*)> BuildFormat(const std::vector<msguser>& rows, std::uint32_t size) {
     msgfmt* format = nullptr;

@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "support/FormatRows.h"
 #include "surveymsg/outside/Lumbra.h"
 
 namespace {
@@ -17,17 +18,6 @@ struct Frees {
     void operator()(msgfmt* format) const { std::free(format); }
 };
 using Format = std::unique_ptr<msgfmt, Frees>;
-
-msguser Field(int storage, const char* name, int count = 0, int size = 0, int display = 0) {
-    return {static_cast<std::uint8_t>(storage),
-            static_cast<std::uint8_t>(display),
-            static_cast<std::uint16_t>(count),
-            name,
-            0,
-            static_cast<std::uint16_t>(size),
-            0};
-}
-const msguser kClose = {MsgStorageClose, 0, 0, nullptr, 0, 0, 0};
 
 Format Build(const std::vector<msguser>& rows, std::uint32_t recordSize, int alignment = 8) {
     msgfmt* format = nullptr;

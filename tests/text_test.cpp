@@ -5,6 +5,7 @@
 #include <clocale>
 #include <cmath>
 #include <cstdio>
+#include <ctime>
 
 #include "support/Text.h"
 
@@ -190,6 +191,23 @@ TEST(Text, Times) {
     EXPECT_EQ(message.FormatTime(std::string(80, 'x').c_str(), &out, 1.0), 0);
     EXPECT_EQ(message.FormatTime("%999999999d", &out, 1.0), 0);
     EXPECT_EQ(message.FormatTime("%Y", nullptr, 1.0), 0);
+}
+
+// The fast rendering gives strftime's own characters, on every kind of day.
+TEST(Text, TimesReadAsStrftimeWritesThem) {
+    const char* formats[] = {"%H:%M:%S %d %b %y", "%Y-%m-%d %H:%M:%S", "%d %m %y %H:%M:%S", "%b%Y", "x%M"};
+    Protected message;
+    for (std::time_t seconds = 0; seconds < 2147480000; seconds += 86399 * 7 + 1234) {
+        std::tm calendar{};
+        gmtime_r(&seconds, &calendar);
+        for (const char* format : formats) {
+            char expected[80];
+            std::strftime(expected, sizeof expected, format, &calendar);
+            CString out;
+            ASSERT_EQ(message.FormatTime(format, &out, static_cast<double>(seconds) - 315964800.0 + 0.25), 1);
+            ASSERT_EQ(Text(out), expected);
+        }
+    }
 }
 
 TEST(Text, OutMayBeTheFormatOrTheMember) {

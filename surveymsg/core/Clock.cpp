@@ -15,7 +15,24 @@ TimeService BindTimeService() {
     return library ? reinterpret_cast<TimeService>(dlsym(library, "timeGetSeconds")) : nullptr;
 }
 
+// The load that the thread is in, if any, and the time that its objects are made with.
+thread_local bool isLoading = false;
+thread_local double loadTime = 0.0;  // 0: not read yet
+
 }  // namespace
+
+LoadScope::LoadScope() : outer_(isLoading) {
+    if (!outer_) loadTime = 0.0;
+    isLoading = true;
+}
+
+LoadScope::~LoadScope() { isLoading = outer_; }
+
+double ConstructionTime() {
+    if (!isLoading) return Now();
+    if (loadTime == 0.0) loadTime = Now();
+    return loadTime;
+}
 
 double Now() {
     static const TimeService service = BindTimeService();

@@ -7,6 +7,7 @@
 //     then for each: string MsgKey, and the nested message's whole stream
 
 #include <surveymsg/core/Msg.h>
+#include <surveymsg/core/detail/Clock.h>
 #include <surveymsg/core/detail/Nesting.h>
 #include <surveymsg/core/detail/Share.h>
 
@@ -80,6 +81,7 @@ int CMsg::Decode(CMsg* other) {
         // Loading releases the nested messages first; bytes that belong to one of them must outlive it.
         const CString kept = other && Owns(*other) ? source : CString();
         const CString& bytes = kept.IsEmpty() ? source : kept;
+        const surveymsg::detail::LoadScope loading;
         CMemFile file(BytesOf(bytes), static_cast<unsigned>(bytes.GetLength()));
         CArchive archive(&file, CArchive::load, kArchiveBuffer);
         Serialize(archive);

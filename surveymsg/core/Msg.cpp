@@ -2,7 +2,7 @@
 
 #include <surveymsg/core/detail/Clock.h>
 
-CMsg::CMsg() : MsgTime(TimeGetSeconds()) {}
+CMsg::CMsg() : MsgTime(surveymsg::detail::ConstructionTime()) {}
 
 CMsg::~CMsg() { RemoveAllMsgDependencies(); }
 

@@ -62,6 +62,12 @@ public:
     /// again. A large reserve is lent by the calling thread and goes back when it is released with
     /// little in it, so asking for much costs neither filling nor memory that stays.
     char* GetBuffer(int minimum);
+    /// The text becomes `length` characters of storage for the caller to fill at once.
+    char* SetBuffer(int length) {
+        if (static_cast<std::uint32_t>(length) > capacity_) GetBuffer(length);
+        SetLength(static_cast<std::uint32_t>(length));
+        return Data();
+    }
     /// Ends `GetBuffer`: the text has `length` characters, or, for -1, those up to the first
     /// terminator. A length above the storage means all of the storage.
     void ReleaseBuffer(int length = -1);

@@ -14,7 +14,7 @@ if [ -e "$work/prefix/include/surveymsg/core/detail" ]; then
     exit 1
 fi
 
-cmake -S "$here" -B "$work/build" -DCMAKE_CXX_COMPILER="$compiler" -DCMAKE_PREFIX_PATH="$work/prefix" >/dev/null
+cmake -S "$here" -B "$work/build" -G Ninja -DCMAKE_CXX_COMPILER="$compiler" -DCMAKE_PREFIX_PATH="$work/prefix" >/dev/null
 cmake --build "$work/build" >/dev/null
 "$work/build/outside"
 echo "built and run through find_package"
