@@ -18,6 +18,10 @@ if(SURVEYMSG_DEVELOPER)
     endif()
 endif()
 
+if(SURVEYMSG_FUZZ)
+    target_compile_options(surveymsg_options INTERFACE -fsanitize=fuzzer-no-link)
+endif()
+
 if(SURVEYMSG_SANITIZE)
     target_compile_options(surveymsg_options INTERFACE
         -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
