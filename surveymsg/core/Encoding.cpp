@@ -10,11 +10,13 @@
 #include <surveymsg/core/detail/Clock.h>
 #include <surveymsg/core/detail/Nesting.h>
 #include <surveymsg/core/detail/Share.h>
+#include <surveymsg/platform/detail/Memory.h>
 
 using surveymsg::detail::kMostLevels;
 using surveymsg::detail::Nesting;
 using surveymsg::detail::OwnedMsg;
 using surveymsg::detail::RaiseBadSchema;
+using surveymsg::detail::RaisingMemoryException;
 using surveymsg::detail::Reader;
 using surveymsg::detail::SerializeShare;
 using surveymsg::detail::Writer;
@@ -35,18 +37,6 @@ constexpr std::size_t kLeastNestedBytes = 33;  // a position list without a name
 unsigned char* BytesOf(const CString& body) {
     // A file has one type of memory for both directions; an archive that loads only reads it.
     return reinterpret_cast<unsigned char*>(const_cast<char*>(static_cast<const char*>(body)));
-}
-
-// Whatever runs out of memory on the way, the caller sees the platform's failure.
-template <class Work>
-void RaisingMemoryException(Work&& work) {
-    try {
-        work();
-    } catch (const CMemoryException&) {
-        throw;
-    } catch (const std::bad_alloc&) {
-        throw CMemoryException();
-    }
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 
 #include <surveymsg/core/detail/Assign.h>
 #include <surveymsg/core/detail/ValueText.h>
+#include <surveymsg/platform/detail/Memory.h>
 
 namespace surveymsg::detail {
 namespace {
@@ -25,6 +26,27 @@ void FormatDouble(const Member& row, CMsg& object, double value, const char* for
         case Show::Time:  // a time of 0 stands for the message's own
             FormatCalendar(out, format, value == 0.0 ? object.MsgTime : value);
             return;
+    }
+}
+
+// The text of one member, by its own form, its text, or the rules of its field.
+void FormatMember(const Member& row, CMsg& object, const char* format, CString& out) {
+    if (row.formOf && row.formOf(object, format, out)) return;
+    if (row.textOf) {
+        CString text;
+        if (row.textOf(object, text)) FormatText(out, format, text.View());
+    } else {
+        VisitField(row, object, [&](auto& field) {
+            using Value = std::remove_reference_t<decltype(field)>;
+            if constexpr (std::is_same_v<Value, CString>)
+                FormatText(out, format, field.View());
+            else if constexpr (std::is_same_v<Value, double>)
+                FormatDouble(row, object, field, format, out);
+            else if constexpr (sizeof field < sizeof(std::int32_t))
+                FormatNumber(out, format, std::int32_t{field});
+            else
+                FormatNumber(out, format, field);
+        });
     }
 }
 
@@ -57,10 +79,12 @@ void MemberTable::CopyFields(CMsg& source, CMsg& target) const {
 
 int MemberTable::List(CPtrArray* rows) const {
     if (!rows) return 0;
-    for (const MemberTable* table = this; table; table = table->base_)
-        for (const Member& row : table->rows_)
-            if (row.served & Member::Lists) rows->Add(const_cast<MemberDefinition*>(&row.definition));
-    return 1;
+    return ZeroWithoutMemory([&] {
+        for (const MemberTable* table = this; table; table = table->base_)
+            for (const Member& row : table->rows_)
+                if (row.served & Member::Lists) rows->Add(const_cast<MemberDefinition*>(&row.definition));
+        return 1;
+    });
 }
 
 int MemberTable::Format(CMsg& message, std::uint16_t id, std::uint16_t index, const char* format, CString* out) const {
@@ -71,24 +95,10 @@ int MemberTable::Format(CMsg& message, std::uint16_t id, std::uint16_t index, co
     CMsg* object = ObjectOf(*row, message, index, result);
     if (!object) return result;
     if (row->elementId) return object->FormatString(row->elementId, 0, format, out);
-    if (row->formOf && row->formOf(*object, format, *out)) return 1;
-    if (row->textOf) {
-        CString text;
-        if (row->textOf(*object, text)) FormatText(*out, format, text.View());
-    } else {
-        VisitField(*row, *object, [&](auto& field) {
-            using Value = std::remove_reference_t<decltype(field)>;
-            if constexpr (std::is_same_v<Value, CString>)
-                FormatText(*out, format, field.View());
-            else if constexpr (std::is_same_v<Value, double>)
-                FormatDouble(*row, *object, field, format, *out);
-            else if constexpr (sizeof field < sizeof(std::int32_t))
-                FormatNumber(*out, format, std::int32_t{field});
-            else
-                FormatNumber(*out, format, field);
-        });
-    }
-    return 1;
+    return ZeroWithoutMemory([&] {
+        FormatMember(*row, *object, format, *out);
+        return 1;
+    });
 }
 
 int MemberTable::Copy(CMsg& message, std::uint16_t id, std::uint16_t index, void* out) const {
@@ -99,12 +109,13 @@ int MemberTable::Copy(CMsg& message, std::uint16_t id, std::uint16_t index, void
     CMsg* object = ObjectOf(*row, message, index, result);
     if (!object) return result;
     if (row->elementId) return object->MemberCopy(row->elementId, index, out);
-    if (row->copiesText) {
-        CString text;
-        row->textOf(*object, text);
-        CopyText(text.View(), out);
-        return 1;
-    }
+    if (row->copiesText)
+        return ZeroWithoutMemory([&] {
+            CString text;
+            row->textOf(*object, text);
+            CopyText(text.View(), out);
+            return 1;
+        });
     if (row->block) {
         std::memcpy(out, row->block(*object), sizeof(ThreeFlags));
         return 1;

@@ -3,6 +3,7 @@
 #include <surveymsg/core/Msg.h>
 #include <surveymsg/core/detail/Module.h>
 #include <surveymsg/outside/Tarvex.h>
+#include <surveymsg/platform/detail/Memory.h>
 
 #if defined(_WIN32)
 #include <windows.h>
@@ -10,6 +11,7 @@
 
 using surveymsg::detail::module;
 using surveymsg::detail::PublishedKey;
+using surveymsg::detail::RaisingMemoryException;
 
 namespace {
 
@@ -42,7 +44,7 @@ int CMsg::Publish(const msgfmt* format) {
     const CString pair = PairOf(MsgKey, InstanceIdentifier);
     CObject* found = nullptr;
     if (module.PublishedMap.Lookup(pair, found)) return 1;
-    auto published = std::make_unique<PublishedKey>(MsgKey);
+    auto published = RaisingMemoryException([this] { return std::make_unique<PublishedKey>(MsgKey); });
     if (!TvxPublish(MsgKey, InstanceIdentifier, format, format ? format->Length : std::uint16_t{0})) return 0;
     CObject*& place = module.PublishedMap[pair];
     place = published.release();

@@ -6,11 +6,13 @@
 #include <surveymsg/core/detail/ValueText.h>
 #include <surveymsg/extension/detail/ExtFormatDefn.h>
 #include <surveymsg/outside/Lumbra.h>
+#include <surveymsg/platform/detail/Memory.h>
 
 using surveymsg::detail::FormatAngle;
 using surveymsg::detail::FormatNumber;
 using surveymsg::detail::FormatText;
 using surveymsg::detail::ToInteger;
+using surveymsg::detail::ZeroWithoutMemory;
 
 namespace {
 
@@ -73,6 +75,14 @@ void FormatValue(const msguser& field, const char* place, const char* format, CS
     });
 }
 
+void FormatRendered(const CString& body, const msguser& field, const char* format, CString& out) {
+    char text[kFieldText] = "";
+    LmbFormatField(text, body, static_cast<std::uint32_t>(body.GetLength()), &field, kFormatSelector,
+                   format && *format ? format : kTimeFormat);
+    text[kFieldText - 1] = '\0';
+    out = text;
+}
+
 }  // namespace
 
 CExtMsg::CExtMsg() = default;
@@ -115,10 +125,12 @@ void CExtMsg::BuildTable() {
 
 int CExtMsg::GetMemberDefinitions(CPtrArray* rows) {
     if (!FormatRoot || FormatRoot->Fields.IsEmpty()) return 0;
-    if (!MemberTable) BuildTable();
-    if (!rows) return 0;
-    for (MemberDefinition* row = MemberTable.get(); row->Id != 0; ++row) rows->Add(row);
-    return 1;
+    return ZeroWithoutMemory([&] {
+        if (!MemberTable) BuildTable();
+        if (!rows) return 0;
+        for (MemberDefinition* row = MemberTable.get(); row->Id != 0; ++row) rows->Add(row);
+        return 1;
+    });
 }
 
 const msguser* CExtMsg::FindField(std::uint16_t id, std::uint16_t index) const {
@@ -141,25 +153,18 @@ int CExtMsg::FormatString(std::uint16_t id, std::uint16_t index, const char* for
     if (id < kFirstId) return CMsg::FormatString(id, index, format, out);
     const msguser* field = FindField(id, index);
     if (!field) return 0;
-    if (IsRendered(field->Display)) {
-        if (!ElementAt(*field, 0, field->Size)) return 0;
-        char text[kFieldText] = "";
-        LmbFormatField(text, Body, static_cast<std::uint32_t>(Body.GetLength()), field, kFormatSelector,
-                       format && *format ? format : kTimeFormat);
-        text[kFieldText - 1] = '\0';
-        *out = text;
-        return 1;
-    }
-    if (field->Storage == MsgStorageText) {
-        const char* place = ElementAt(*field, 0, field->Size);
-        if (!place) return 0;
-        if (!IsAngle(field->Display)) FormatText(*out, format, {place, field->Size});
-        return 1;
-    }
-    const char* place = ElementAt(*field, index, SizeOfElement(*field));
+    const bool isNumber = !IsRendered(field->Display) && field->Storage != MsgStorageText;
+    const char* place = isNumber ? ElementAt(*field, index, SizeOfElement(*field)) : ElementAt(*field, 0, field->Size);
     if (!place) return 0;
-    FormatValue(*field, place, format, *out);
-    return 1;
+    return ZeroWithoutMemory([&] {
+        if (IsRendered(field->Display))
+            FormatRendered(Body, *field, format, *out);
+        else if (isNumber)
+            FormatValue(*field, place, format, *out);
+        else if (!IsAngle(field->Display))
+            FormatText(*out, format, {place, field->Size});
+        return 1;
+    });
 }
 
 int CExtMsg::MemberCopy(std::uint16_t id, std::uint16_t index, void* out) {

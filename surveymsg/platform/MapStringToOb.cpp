@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <bit>
 
+#include <surveymsg/platform/detail/Memory.h>
 #include <surveymsg/platform/detail/SeededHash.h>
 
 namespace {
@@ -60,16 +61,18 @@ CObject*& CMapStringToOb::operator[](const CString& key) {
     const std::uint32_t found = Find(key.View());
     if (found != kNone) return rows_[found].value;
     const bool grows = rows_.size() + 1 > kSmall && SlotsFor(rows_.size() + 1) > slots_.size();
-    rows_.push_back({key, nullptr});
-    try {
-        if (grows)
-            Reindex();
-        else if (!slots_.empty())
-            Index(static_cast<std::uint32_t>(rows_.size() - 1));
-    } catch (...) {
-        rows_.pop_back();
-        throw;
-    }
+    surveymsg::detail::RaisingMemoryException([&] {
+        rows_.push_back({key, nullptr});
+        try {
+            if (grows)
+                Reindex();
+            else if (!slots_.empty())
+                Index(static_cast<std::uint32_t>(rows_.size() - 1));
+        } catch (...) {
+            rows_.pop_back();
+            throw;
+        }
+    });
     return rows_.back().value;
 }
 

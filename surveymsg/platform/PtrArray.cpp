@@ -2,13 +2,15 @@
 
 #include <algorithm>
 
+#include <surveymsg/platform/detail/Memory.h>
+
 CPtrArray::CPtrArray() = default;
 CPtrArray::CPtrArray(const CPtrArray& other) = default;
 CPtrArray& CPtrArray::operator=(const CPtrArray& other) = default;
 CPtrArray::~CPtrArray() = default;
 
 int CPtrArray::Add(void* pointer) {
-    slots_.push_back(pointer);
+    surveymsg::detail::RaisingMemoryException([&] { slots_.push_back(pointer); });
     return GetSize() - 1;
 }
 
@@ -18,6 +20,9 @@ void CPtrArray::SetAtGrow(int index, void* pointer) {
     slots_[static_cast<std::size_t>(index)] = pointer;
 }
 
-void CPtrArray::SetSize(int size) { slots_.resize(static_cast<std::size_t>(std::max(size, 0)), nullptr); }
+void CPtrArray::SetSize(int size) {
+    surveymsg::detail::RaisingMemoryException(
+        [&] { slots_.resize(static_cast<std::size_t>(std::max(size, 0)), nullptr); });
+}
 
 void CPtrArray::RemoveAll() { slots_.clear(); }

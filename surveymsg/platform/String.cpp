@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <climits>
-#include <cstdlib>
+#include <new>
 #include <utility>
 
 #include <surveymsg/platform/Exceptions.h>
@@ -12,11 +12,18 @@ namespace {
 // A reserve from here on is lent by the thread rather than allocated for the text.
 constexpr std::uint32_t kLargeReserve = 16 * 1024;
 
-char* Allocate(std::uint32_t capacity) {
-    void* storage = std::malloc(std::size_t{capacity} + 1);
-    if (!storage) throw CMemoryException();
-    return static_cast<char*>(storage);
+// Null if memory is at its end.
+char* TryAllocate(std::uint32_t capacity) {
+    return static_cast<char*>(::operator new (std::size_t{capacity} + 1, std::nothrow));
 }
+
+char* Allocate(std::uint32_t capacity) {
+    char* storage = TryAllocate(capacity);
+    if (!storage) throw CMemoryException();
+    return storage;
+}
+
+void Release(char* storage) { ::operator delete(storage); }
 
 struct Block {
     char* storage = nullptr;
@@ -34,13 +41,13 @@ struct Lent {
         Drop(small);
     }
     static void Drop(Block& block) {
-        std::free(block.storage);
+        Release(block.storage);
         block = {};
     }
     // Keeps `block` in `place`, or frees it if a block of at least that size waits there already.
     static void Keep(Block& place, Block block) {
         if (block.capacity > place.capacity) std::swap(place, block);
-        std::free(block.storage);
+        Release(block.storage);
     }
     static Block Take(Block& place, std::uint32_t capacity) {
         if (place.capacity < capacity) return {};
@@ -52,7 +59,7 @@ thread_local Lent lent;
 
 }  // namespace
 
-void CString::FreeHeap() { std::free(heap_); }
+void CString::FreeHeap() { Release(heap_); }
 
 void CString::Swap(CString& other) noexcept {
     char bytes[sizeof inline_];
@@ -82,7 +89,7 @@ void CString::Grow(std::uint32_t capacity) {
     if (capacity >= kLargeReserve && old.storage && old.capacity < kLargeReserve)
         Lent::Keep(lent.small, old);
     else
-        std::free(old.storage);
+        Release(old.storage);
     heap_ = grown.storage;
     capacity_ = grown.capacity;
 }
@@ -94,7 +101,7 @@ void CString::ShrinkTo(std::uint32_t length) {
         capacity_ = kInlineLength;
     } else {
         Block fitting = Lent::Take(lent.small, length);
-        if (!fitting.storage) fitting = {static_cast<char*>(std::malloc(std::size_t{length} + 1)), length};
+        if (!fitting.storage) fitting = {TryAllocate(length), length};
         if (!fitting.storage) return;  // the reserve serves as well
         std::memcpy(fitting.storage, reserve.storage, length);
         heap_ = fitting.storage;

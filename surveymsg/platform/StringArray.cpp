@@ -1,12 +1,14 @@
 #include <surveymsg/platform/StringArray.h>
 
+#include <surveymsg/platform/detail/Memory.h>
+
 CStringArray::CStringArray() = default;
 CStringArray::CStringArray(const CStringArray& other) = default;
 CStringArray& CStringArray::operator=(const CStringArray& other) = default;
 CStringArray::~CStringArray() = default;
 
 int CStringArray::Add(const CString& text) {
-    texts_.push_back(text);
+    surveymsg::detail::RaisingMemoryException([&] { texts_.push_back(text); });
     return GetSize() - 1;
 }
 

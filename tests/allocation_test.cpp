@@ -1,0 +1,189 @@
+// Memory that ends in the middle of things: with every single allocation of an operation refused in turn,
+// the outcome is the documented failure, nothing leaks, and the object works afterwards.
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <functional>
+#include <new>
+
+#include "support/FormatRows.h"
+#include "support/Text.h"
+
+#include <surveymsg/outside/Lumbra.h>
+#include <surveymsg/outside/Tarvex.h>
+
+namespace {
+
+// Allocations until one is refused; negative: none is.
+long allocationsLeft = -1;
+bool refused = false;
+
+bool Refuses() {
+    if (allocationsLeft < 0 || allocationsLeft-- > 0) return false;
+    refused = true;
+    return true;
+}
+
+}  // namespace
+
+#define VISIBLE __attribute__((visibility("default")))
+
+VISIBLE void* operator new(std::size_t size) {
+    void* block = Refuses() ? nullptr : std::malloc(size ? size : 1);
+    if (!block) throw std::bad_alloc();
+    return block;
+}
+VISIBLE void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+    return Refuses() ? nullptr : std::malloc(size ? size : 1);
+}
+VISIBLE void* operator new[](std::size_t size) { return operator new(size); }
+VISIBLE void operator delete(void* block) noexcept { std::free(block); }
+VISIBLE void operator delete(void* block, std::size_t) noexcept { std::free(block); }
+VISIBLE void operator delete[](void* block) noexcept { std::free(block); }
+VISIBLE void operator delete[](void* block, std::size_t) noexcept { std::free(block); }
+
+namespace {
+
+// Runs `operation` with its first, second, ... allocation refused, until it needs no more, and `check` after
+// each failure. Gives how many allocations were refused.
+int RefuseEach(const std::function<bool()>& operation, const std::function<void()>& check) {
+    for (int nth = 0; nth < 1000; ++nth) {
+        refused = false;
+        allocationsLeft = nth;
+        bool succeeded = false;
+        try {
+            succeeded = operation();
+        } catch (const CMemoryException&) {
+        } catch (const CArchiveException& failure) {  // a nested message that could not be made
+            EXPECT_EQ(failure.m_strFileName, "CMsg");
+        }
+        allocationsLeft = -1;
+        if (!refused) {
+            EXPECT_TRUE(succeeded);
+            return nth;
+        }
+        check();
+    }
+    ADD_FAILURE() << "never ends";
+    return -1;
+}
+
+const char* const kLong = "a name that is far too long for the storage inside a text";
+
+void Fill(CCompPosnMsg& position) {
+    position.Name = kLong;
+    for (int i = 0; i < 12; ++i) {
+        CAcObsMsg observation;
+        observation.FromName = (std::string(kLong) + std::to_string(i)).c_str();
+        observation.ToName = kLong;
+        position.AddObservation(observation);
+    }
+}
+
+TEST(MemoryEnds, WhileEncodingDecodingAndAssigning) {
+    CCompPosnMsg source, target, decoded;
+    Fill(source);
+    source.Encode();
+    const std::string bytes = Text(source.Body);
+    const auto works = [&] {
+        target = source;
+        EXPECT_EQ(target.MsgDependencies.GetCount(), 12);
+        EXPECT_EQ(decoded.Decode(&source), 1);
+        EXPECT_EQ(decoded.MsgDependencies.GetCount(), 12);
+        EXPECT_EQ(Text(source.Body), bytes);
+    };
+    RefuseEach(
+        [&] {
+            source.Body = CString();
+            return source.Encode() == 1;
+        },
+        [&] {
+            source.Encode();
+            works();
+        });
+    EXPECT_GT(RefuseEach(
+                  [&] {
+                      CCompPosnMsg fresh;
+                      return fresh.Decode(&source) == 1;
+                  },
+                  works),
+              12);
+    EXPECT_GT(RefuseEach([&] { return decoded.Decode(&source) == 1; }, works), 12);
+    EXPECT_GT(RefuseEach([&] { return &(target = source) == &target; }, works), 12);
+}
+
+TEST(MemoryEnds, WhileAddingAndMakingMessages) {
+    CCompPosnMsg position;
+    Fill(position);
+    CObsMsg observation;
+    observation.Type = CObsMsg::DepthAt;
+    observation.FromName = kLong;
+    EXPECT_GT(RefuseEach(
+                  [&] {
+                      position.RemoveObservation(&observation);
+                      return position.AddObservation(observation) == 1;
+                  },
+                  [&] {
+                      const int count = position.MsgDependencies.GetCount();
+                      EXPECT_TRUE(count == 12 || count == 13);
+                      EXPECT_EQ(position.Encode(), 1);
+                  }),
+              2);
+    EXPECT_GT(RefuseEach(
+                  [] {
+                      CMsg* message = nullptr;
+                      const int result = AllocMsg("PRX~Position", nullptr, &message);
+                      EXPECT_EQ(result == 1, message != nullptr);
+                      return FreeMsg(message) == 1;
+                  },
+                  [] {}),
+              0);
+}
+
+TEST(MemoryEnds, WhileFormattingAndSending) {
+    CPosnMsg position;
+    position.Name = kLong;
+    EXPECT_GT(RefuseEach(
+                  [&] {
+                      CString out;
+                      return position.FormatString(100, 0, "<%500s>", &out) == 1 && out.GetLength() == 502;
+                  },
+                  [&] { EXPECT_EQ(Format(position, 100), kLong); }),
+              0);
+    CMsg received;
+    received.MsgKey = "PRX~Position";
+    received.InstanceIdentifier = "*";
+    ASSERT_EQ(received.Subscribe(0), 1);
+    EXPECT_GT(RefuseEach(
+                  [&] {
+                      position.Unpublish();
+                      return position.Send() != 0;
+                  },
+                  [&] { EXPECT_NE(position.Send(), 0); }),
+              2);
+    RefuseEach([&] { return received.OnReceive() != 0; }, [] {});
+}
+
+TEST(MemoryEnds, WhileFetchingAFormat) {
+    const msguser rows[] = {Field(MsgStorageDouble, "a"), Field(MsgStorageOpen, "s", 1), Field(MsgStorageFloat, "b", 3),
+                            kClose};
+    msgfmt* format = nullptr;
+    std::uint32_t used = 0;
+    LmbSetAlignment(8);
+    LmbDefineFields(rows, 4);
+    ASSERT_EQ(LmbBuildFormat(32, &format, &used), 0);
+    ASSERT_EQ(TvxPublish("memory", "", format, format->Length), 1);
+    std::free(format);
+    EXPECT_GT(RefuseEach(
+                  [] {
+                      CMsg* message = nullptr;
+                      const int result = AllocMsg("memory", "*.*.0.memory.%", &message);
+                      EXPECT_EQ(result == 1, message != nullptr);
+                      return FreeMsg(message) == 1;
+                  },
+                  [] {}),
+              5);
+}
+
+}  // namespace
