@@ -3,6 +3,9 @@
 
 #include <gtest/gtest.h>
 
+#include <malloc.h>
+
+#include <algorithm>
 #include <cstdlib>
 #include <functional>
 #include <new>
@@ -14,6 +17,20 @@
 #include <surveymsg/outside/Tarvex.h>
 
 namespace {
+
+std::size_t live = 0;
+std::size_t peak = 0;
+
+void* Allocate(std::size_t size) {
+    void* block = std::malloc(size ? size : 1);
+    if (block) peak = std::max(peak, live += malloc_usable_size(block));
+    return block;
+}
+
+void Release(void* block) {
+    if (block) live -= malloc_usable_size(block);
+    std::free(block);
+}
 
 // Allocations until one is refused; negative: none is.
 long allocationsLeft = -1;
@@ -30,18 +47,18 @@ bool Refuses() {
 #define VISIBLE __attribute__((visibility("default")))
 
 VISIBLE void* operator new(std::size_t size) {
-    void* block = Refuses() ? nullptr : std::malloc(size ? size : 1);
+    void* block = Refuses() ? nullptr : Allocate(size);
     if (!block) throw std::bad_alloc();
     return block;
 }
 VISIBLE void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
-    return Refuses() ? nullptr : std::malloc(size ? size : 1);
+    return Refuses() ? nullptr : Allocate(size);
 }
 VISIBLE void* operator new[](std::size_t size) { return operator new(size); }
-VISIBLE void operator delete(void* block) noexcept { std::free(block); }
-VISIBLE void operator delete(void* block, std::size_t) noexcept { std::free(block); }
-VISIBLE void operator delete[](void* block) noexcept { std::free(block); }
-VISIBLE void operator delete[](void* block, std::size_t) noexcept { std::free(block); }
+VISIBLE void operator delete(void* block) noexcept { Release(block); }
+VISIBLE void operator delete(void* block, std::size_t) noexcept { Release(block); }
+VISIBLE void operator delete[](void* block) noexcept { Release(block); }
+VISIBLE void operator delete[](void* block, std::size_t) noexcept { Release(block); }
 
 namespace {
 
@@ -184,6 +201,33 @@ TEST(MemoryEnds, WhileFetchingAFormat) {
                   },
                   [] {}),
               5);
+}
+
+// A body of 1.3 MB, whatever it claims, takes 64 MB of heap at the most.
+TEST(MemoryEnds, NotByWhatABodyClaims) {
+    const std::string level("\x01\0\0\0\0\0\0\x01\0\0\0\0\0\0\0\0", 16);
+    const std::string key("\x0CSTX~PosnList", 13);
+    const std::string claim("\xFF\xFF\xFF\x7F", 4);
+    std::string nested;  // every level claims that all the rest is its own
+    for (int i = 0; i < 3723; ++i) nested += level + claim + key;
+    nested.resize(1310720);
+    std::string wide = level + claim;  // as many messages as there is room for, all under one name
+    for (int i = 0; i < 39000; ++i) wide += key + level + std::string(4, '\0');
+    std::string names("\x01\0\0\x00\x00\x13\x00", 7);  // 1.2 million empty texts
+    names.resize(1310720);
+    for (const std::string& body : {nested, wide, names}) {
+        CPosnListMsg list;
+        list.Body = CString(body.data(), static_cast<int>(body.size()));
+        const std::size_t before = live;
+        peak = live;
+        EXPECT_THROW(list.Decode(), CArchiveException);
+        EXPECT_LT(peak - before, std::size_t{64} << 20);
+        list.Body = "";
+        CPosnListMsg good;
+        good.Encode();
+        EXPECT_EQ(list.Decode(&good), 1);
+        EXPECT_LT(live, before + (1u << 20));
+    }
 }
 
 }  // namespace

@@ -213,6 +213,21 @@ TEST_F(Extension, AssignmentAndSendingKeepTheRecord) {
     received.Unsubscribe();
 }
 
+TEST_F(Extension, RowsOfAnEarlierFormatGoByName) {
+    const auto format = BuildFormat(
+        {Field(MsgStorageUInt8, "mode"), Field(MsgStorageDouble, "time"), Field(MsgStorageInt8, "gain")}, 24);
+    TvxPublish("sonar", "other", format.get(), format->Length);
+    message->GetMemberDefinitions(nullptr);
+    CMapStringToOb cache;
+    auto& extension = static_cast<CExtMsg&>(*message);
+    ASSERT_EQ(extension.GetMsgFmt(KeyText("sonar", "other").c_str(), cache), 1);
+    extension.Body = CString("\7......................\5", 24);
+    EXPECT_EQ(Format(extension, 102), "7");    // "mode", the first field now
+    EXPECT_EQ(Format(extension, 100), "(0)");  // "name" is none of its fields
+    extension.FormatRoot = nullptr;
+    delete cache.GetAt(0);
+}
+
 TEST_F(Extension, FormatsAreFetchedOnceForAKeyText) {
     const auto other = BuildFormat({Field(MsgStorageUInt8, "a")}, 1);
     TvxPublish("sonar", "1", other.get(), other->Length);

@@ -173,6 +173,7 @@ TEST(Members, ObservationsShowTheirFlagsAndNames) {
     observation.TimeOut = 0xFFFFFFFF;
     EXPECT_EQ(Format(observation, 106), "-1");
     EXPECT_EQ(Format(observation, 106, "%u"), "4294967295");
+    EXPECT_EQ(Format(observation, 106, "%.1f"), "4294967295.0");
 }
 
 TEST(Members, AComputedPositionReachesIntoItsObservations) {

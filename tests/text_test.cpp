@@ -54,6 +54,9 @@ TEST(Text, DegreesMinutesSeconds) {
         {1.5, "DEG%9999f", "1.500000"},
     };
     for (const Case& each : cases) EXPECT_EQ(Number(each.value, each.format), each.text) << each.format;
+    CString without;
+    Protected::FormatDegrees(without, "no unit, E", -1.0);
+    EXPECT_EQ(without, "no unit, W");
     EXPECT_EQ(Protected::SpecialDegreesFormat("xSEC%y"), 1);
     EXPECT_EQ(Protected::SpecialDegreesFormat("SEC"), 0);
     EXPECT_EQ(Protected::SpecialDegreesFormat(""), 0);

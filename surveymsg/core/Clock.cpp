@@ -39,8 +39,8 @@ double Now() {
     if (service) return service();
     const auto sinceUnix = std::chrono::system_clock::now().time_since_epoch();
     const auto milliseconds = std::chrono::duration_cast<std::chrono::milliseconds>(sinceUnix).count();
-    return static_cast<double>(milliseconds / 1000) + static_cast<double>(milliseconds % 1000) * 0.001 -
-           kUnixEpochOffset;
+    const auto seconds = milliseconds / 1000;
+    return static_cast<double>(seconds) + static_cast<double>(milliseconds % 1000) * 0.001 - kUnixEpochOffset;
 }
 
 }  // namespace surveymsg::detail

@@ -5,6 +5,7 @@
 #include <surveymsg/core/Msg.h>
 #include <surveymsg/core/detail/Nesting.h>
 #include <surveymsg/core/detail/Share.h>
+#include <surveymsg/platform/detail/Memory.h>
 
 namespace {
 
@@ -24,17 +25,20 @@ CString IdentifierOf(CMsg& message) {
 }  // namespace
 
 bool CMsg::Owns(const CMsg& message) const {
-    std::vector<const CMsg*> open;
-    for (const CMsg* owner = this;;) {
-        for (int i = 0; i < owner->MsgDependencies.GetCount(); ++i) {
-            const CMsg* nested = NestedAt(owner->MsgDependencies, i);
-            if (nested == &message) return true;
-            if (!nested->MsgDependencies.IsEmpty()) open.push_back(nested);
+    if (MsgDependencies.IsEmpty()) return false;
+    return surveymsg::detail::RaisingMemoryException([&] {
+        std::vector<const CMsg*> open;
+        for (const CMsg* owner = this;;) {
+            for (int i = 0; i < owner->MsgDependencies.GetCount(); ++i) {
+                const CMsg* nested = NestedAt(owner->MsgDependencies, i);
+                if (nested == &message) return true;
+                if (!nested->MsgDependencies.IsEmpty()) open.push_back(nested);
+            }
+            if (open.empty()) return false;
+            owner = open.back();
+            open.pop_back();
         }
-        if (open.empty()) return false;
-        owner = open.back();
-        open.pop_back();
-    }
+    });
 }
 
 int CMsg::StoreDependency(const CString& identifier, CMsg* message) {
@@ -66,7 +70,7 @@ int CMsg::AddMsgDependency(CMsg& message) {
     surveymsg::detail::OwnedMsg copy(made);
     *copy = message;
     StoreDependency(identifier, made);
-    copy.release();
+    static_cast<void>(copy.release());
     return 1;
 }
 

@@ -86,7 +86,8 @@ void CMsg::Serialize(CArchive& ar) {
         if constexpr (surveymsg::detail::Loads<decltype(wire)>) RemoveAllMsgDependencies();
         wire.Longs(count);
         if constexpr (surveymsg::detail::Loads<decltype(wire)>) {
-            if (count > 0) MsgDependencies.Reserve(wire.AtMost(count, kLeastNestedBytes));
+            // Only once for the same bytes: every level may claim all that is left.
+            if (count > 0 && !Nesting::Of(ar)) MsgDependencies.Reserve(wire.AtMost(count, kLeastNestedBytes));
         }
     });
     if (ar.IsStoring())
@@ -135,7 +136,7 @@ void CMsg::LoadNested(CArchive& ar, std::int32_t count) {
             nesting.levels.pop_back();
             if (nesting.levels.empty()) return;
             nesting.levels.back().message->AdoptLoaded(owned.get());
-            owned.release();
+            static_cast<void>(owned.release());
             continue;
         }
         --level.at;
@@ -152,7 +153,7 @@ void CMsg::LoadNested(CArchive& ar, std::int32_t count) {
             nesting.levels.back().owned = std::move(owned);  // it has nested messages of its own still to come
         } else {
             parent->AdoptLoaded(nested);
-            owned.release();
+            static_cast<void>(owned.release());
         }
     }
 }

@@ -49,7 +49,8 @@ int CMsg::ExtractKeys(const char** text) {
 
 int CMsg::ExtractSourceAndTarget(const CString& text, CString* source, CString* target) {
     if (text.IsEmpty()) return 0;
-    const CString whole = text;  // `text` may be one of the two results
+    // NOLINTNEXTLINE(performance-unnecessary-copy-initialization) `text` may be one of the two results
+    const CString whole = text;
     const int arrow = whole.Find("->");
     *source = arrow < 0 ? whole : whole.Left(arrow);
     *target = arrow < 0 ? CString() : whole.Mid(arrow + 2);

@@ -33,6 +33,9 @@ public:
     CMsg(const CMsg&) = delete;
     ~CMsg() override;
 
+    /// Stores the message to `ar` or loads it from there. A class stores its own share and then calls its
+    /// base's operation, as the last thing it does: when messages are nested, what stands behind the base
+    /// share would come out of order.
     void Serialize(CArchive& ar) override;
 
     // --- whole messages --------------------------------------------------------------------------
@@ -98,7 +101,9 @@ public:
 
     /// Adopts a message made by `AllocMsg` or with `new`: 1, and it is released with this one. If its
     /// identifier is stored already, the stored message takes the content, and the given one stays the
-    /// caller's. 0 if it is stored somewhere already, is this message, or owns it.
+    /// caller's. 0 if it has been stored before, here or elsewhere, is this message, or owns it. The
+    /// identifier is the one that the message has; one that is used again after a change of its fields
+    /// needs `SetInstanceIdentifier` first.
     int AddMsgDependency(CMsg* message);
     /// Stores a copy; the given message stays the caller's, but its `Body` is rewritten. 0 if `AllocMsg`
     /// does not know its key.

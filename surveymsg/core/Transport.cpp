@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <memory>
 
 #include <surveymsg/core/Msg.h>
@@ -44,11 +45,14 @@ int CMsg::Publish(const msgfmt* format) {
     const CString pair = PairOf(MsgKey, InstanceIdentifier);
     CObject* found = nullptr;
     if (module.PublishedMap.Lookup(pair, found)) return 1;
+    // The record is made first: what the bus knows must not go unrecorded for want of memory.
     auto published = RaisingMemoryException([this] { return std::make_unique<PublishedKey>(MsgKey); });
-    if (!TvxPublish(MsgKey, InstanceIdentifier, format, format ? format->Length : std::uint16_t{0})) return 0;
     CObject*& place = module.PublishedMap[pair];
     place = published.release();
-    return 1;
+    if (TvxPublish(MsgKey, InstanceIdentifier, format, format ? format->Length : std::uint16_t{0})) return 1;
+    delete place;
+    module.PublishedMap.RemoveKey(pair);
+    return 0;
 }
 
 void CMsg::Unpublish() {
@@ -92,14 +96,18 @@ int CMsg::OnReceive() {
         char* identifier = reserve(InstanceIdentifier, ReceiveKeySize);
         Body.Empty();  // nothing to keep when the storage grows
         char* body = reserve(Body, ReceiveBodySize);
+        std::uint32_t number = 0;
         std::uint32_t further = 0;
         std::uint32_t bodyLength = 0;
-        const int result = TvxRead(node, ReceiveKeySize, task, ReceiveKeySize, &SourceNumber, msgKey, ReceiveKeySize,
+        const int result = TvxRead(node, ReceiveKeySize, task, ReceiveKeySize, &number, msgKey, ReceiveKeySize,
                                    identifier, ReceiveKeySize, &further, body, ReceiveBodySize, &bodyLength);
         const std::uint32_t reason = result ? 0 : GetLastError();
         for (CString* key : keys) key->ReleaseBuffer(result ? -1 : 0);
-        Body.ReleaseBuffer(result ? static_cast<int>(bodyLength) : 0);
-        if (result) return result;
+        Body.ReleaseBuffer(result ? static_cast<int>(std::min(bodyLength, ReceiveBodySize)) : 0);
+        if (result) {
+            SourceNumber = number;
+            return result;
+        }
         if ((reason & TvxErrorTooSmall) != TvxErrorTooSmall) return 0;
         ReceiveKeySize *= 2;
         ReceiveBodySize *= 2;

@@ -53,6 +53,17 @@ void FormatNumber(CString& out, const char* format, std::int32_t value) {
         [value](TextBuffer& text, const Conversion& conversion) { AppendInteger(text, conversion, value, true); });
 }
 
+void FormatNumber(CString& out, const char* format, std::uint32_t value) {
+    FormatBy(
+        out, format, 'd', [](const Conversion& conversion) { return conversion.IsNumber(); },
+        [value](TextBuffer& text, const Conversion& conversion) {
+            if (conversion.IsFloat())
+                AppendNumber(text, conversion, value);
+            else
+                AppendInteger(text, conversion, static_cast<std::int32_t>(value), true);
+        });
+}
+
 void FormatText(CString& out, const char* format, std::string_view value) {
     value = value.substr(0, value.find('\0'));
     if (IsBlank(format)) return out.Assign(value.data(), static_cast<int>(value.size()));
@@ -97,7 +108,7 @@ bool ParseDegrees(std::string_view format, DegreeFormat& parsed) {
             }
         }
         *literal = format.substr(begin, place == std::string_view::npos ? place : place - begin);
-        if (place == std::string_view::npos) return nextUnit > 0;
+        if (place == std::string_view::npos) return true;
         if (unit < nextUnit) return false;
         nextUnit = unit + 1;
         DegreeFormat::Part& part = parsed.parts[unit];

@@ -74,7 +74,7 @@ int CExtMsg::GetMsgFmt(CString key, CMapStringToOb& cache) {
     }
     std::unique_ptr<CExtFormatDefn> root(std::exchange(FormatRoot, nullptr));
     root->Format = std::move(format);
-    if (!root->sound) return 0;
+    if (!root->sound || root->Fields.IsEmpty()) return 0;
     CObject*& place = cache[key];
     place = FormatRoot = root.release();
     return 1;
@@ -127,6 +127,6 @@ int CExtMsg::BuildDefn(msgfmt* format, msguser* parent, CString prefix, int base
         }
     }
     --root.depth;
-    made.release();
+    static_cast<void>(made.release());  // `FormatRoot` has it
     return 1;
 }

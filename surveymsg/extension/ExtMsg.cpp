@@ -92,12 +92,13 @@ CExtMsg::~CExtMsg() = default;
 void CExtMsg::Serialize(CArchive& /*ar*/) {}
 
 CExtMsg& CExtMsg::operator=(CExtMsg& source) {
+    if (&source == this) return *this;
     CExtFormatDefn* format = source.FormatRoot;  // `source` may be one that this message owns
     const bool hasTable = source.MemberTable != nullptr;
     CMsg::operator=(source);
     FormatRoot = format;
     MemberTable.reset();
-    if (hasTable) BuildTable();
+    if (hasTable) surveymsg::detail::RaisingMemoryException([this] { BuildTable(); });
     return *this;
 }
 
@@ -121,6 +122,7 @@ void CExtMsg::BuildTable() {
         table[static_cast<std::size_t>(i)] = {static_cast<std::uint16_t>(kFirstId + i), leaf.Field.Size, leaf.Name};
     }
     MemberTable = std::move(table);
+    tableFormat_ = FormatRoot;
 }
 
 int CExtMsg::GetMemberDefinitions(CPtrArray* rows) {
@@ -135,9 +137,14 @@ int CExtMsg::GetMemberDefinitions(CPtrArray* rows) {
 
 const msguser* CExtMsg::FindField(std::uint16_t id, std::uint16_t index) const {
     const int row = id - kFirstId;
-    if (row < 0 || row >= FormatRoot->Fields.GetCount()) return nullptr;
-    const msguser& field = FormatRoot->FieldAt(row).Field;
-    return index == 0 || index < field.Count ? &field : nullptr;
+    if (row < 0 || row >= FormatRoot->Fields.GetCount() || row >= tableFormat_->Fields.GetCount()) return nullptr;
+    const CExtFieldDefn* leaf = &FormatRoot->FieldAt(row);
+    if (FormatRoot != tableFormat_) {  // the message has another format since: its rows go by name
+        CObject* found = nullptr;
+        if (!FormatRoot->Fields.Lookup(tableFormat_->FieldAt(row).Name, found)) return nullptr;
+        leaf = static_cast<const CExtFieldDefn*>(found);
+    }
+    return index == 0 || index < leaf->Field.Count ? &leaf->Field : nullptr;
 }
 
 // Null if the element, `size` bytes, does not lie within the record that has arrived.

@@ -47,4 +47,6 @@ private:
     void BuildTable();
     const msguser* FindField(std::uint16_t id, std::uint16_t index) const;
     char* ElementAt(const msguser& field, std::uint16_t index, std::size_t size);
+
+    const CExtFormatDefn* tableFormat_ = nullptr;  // the format that `MemberTable` was built from
 };

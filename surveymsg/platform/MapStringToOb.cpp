@@ -41,7 +41,7 @@ void CMapStringToOb::Index(std::uint32_t row) {
 
 void CMapStringToOb::Reindex() {
     if (rows_.size() <= kSmall) return slots_.clear();
-    slots_.assign(std::max(SlotsFor(rows_.size()), SlotsFor(rows_.capacity())), kNone);
+    slots_.assign(SlotsFor(rows_.size()), kNone);
     for (std::uint32_t row = 0; row < rows_.size(); ++row) Index(row);
 }
 
@@ -87,8 +87,12 @@ int CMapStringToOb::RemoveKey(const CString& key) {
 }
 
 void CMapStringToOb::RemoveAll() {
+    constexpr std::size_t kKept = 1024;  // entries whose storage waits for the next use
     rows_.clear();
     slots_.clear();
+    if (rows_.capacity() <= kKept) return;
+    rows_.shrink_to_fit();
+    slots_.shrink_to_fit();
 }
 
 // A position is the number of the next row plus one.

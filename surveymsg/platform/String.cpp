@@ -1,5 +1,7 @@
 #include <surveymsg/platform/String.h>
 
+#include <pthread.h>
+
 #include <algorithm>
 #include <climits>
 #include <new>
@@ -36,7 +38,7 @@ struct Lent {
     Block large;
     Block small;
 
-    ~Lent() {
+    void Drop() {
         Drop(large);
         Drop(small);
     }
@@ -44,11 +46,12 @@ struct Lent {
         Release(block.storage);
         block = {};
     }
-    // Keeps `block` in `place`, or frees it if a block of at least that size waits there already.
+    // Keeps `block` in `place` until the thread ends, or frees it if a block of at least that size waits there already.
     static void Keep(Block& place, Block block) {
-        if (block.capacity > place.capacity) std::swap(place, block);
+        if (block.capacity > place.capacity && IsDroppedWithThread()) std::swap(place, block);
         Release(block.storage);
     }
+    static bool IsDroppedWithThread();
     static Block Take(Block& place, std::uint32_t capacity) {
         if (place.capacity < capacity) return {};
         return std::exchange(place, Block{});
@@ -56,6 +59,29 @@ struct Lent {
 };
 
 thread_local Lent lent;
+
+// Ends what a thread keeps. An object with a destructor would do so too, but would keep the library in the
+// process as long as the thread lives, and unloading it would retire nothing.
+class ThreadEnd {
+public:
+    ThreadEnd() : exists_(pthread_key_create(&key_, [](void* kept) { static_cast<Lent*>(kept)->Drop(); }) == 0) {}
+    ThreadEnd(const ThreadEnd&) = delete;
+    ThreadEnd& operator=(const ThreadEnd&) = delete;
+    ~ThreadEnd() {
+        lent.Drop();
+        if (exists_) pthread_key_delete(key_);
+        exists_ = false;
+    }
+    bool Covers(Lent* kept) const { return exists_ && pthread_setspecific(key_, kept) == 0; }
+
+private:
+    pthread_key_t key_{};
+    bool exists_;
+};
+
+ThreadEnd threadEnd;
+
+bool Lent::IsDroppedWithThread() { return threadEnd.Covers(&lent); }
 
 }  // namespace
 

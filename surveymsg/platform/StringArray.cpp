@@ -14,4 +14,8 @@ int CStringArray::Add(const CString& text) {
 
 void CStringArray::Reserve(int count) { texts_.reserve(static_cast<std::size_t>(count)); }
 
-void CStringArray::RemoveAll() { texts_.clear(); }
+void CStringArray::RemoveAll() {
+    constexpr std::size_t kKept = 1024;  // texts whose storage waits for the next use
+    texts_.clear();
+    if (texts_.capacity() > kKept) texts_.shrink_to_fit();
+}

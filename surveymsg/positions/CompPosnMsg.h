@@ -24,7 +24,8 @@ public:
     int SetMemberValue(std::uint16_t id, std::uint16_t index, double value) override;
 
     /// Stores a copy; one with the same identifier is overwritten. The given one stays the caller's, its
-    /// `Body` is rewritten. 0 if its key is not known to `AllocMsg`.
+    /// `Body` is rewritten. 0 if its key is not known to `AllocMsg`. An object that is used again after a
+    /// change of its names needs `SetInstanceIdentifier` first.
     int AddObservation(CObsMsg& observation);
     /// Releases the stored observation with the same identifier; 0 if there is none.
     int RemoveObservation(CObsMsg* observation);

@@ -75,6 +75,7 @@ int TvxRead(char* node, uint32_t nodeSize, char* task, uint32_t taskSize, uint32
     if (bus.readFailure || bodySize < bus.neededBytes || bus.incoming.empty()) {
         lastError = bus.readFailure ? bus.readFailure : std::uint32_t{TvxErrorTooSmall};
         node[0] = 'x';  // a bus may have begun to write
+        *number = 1234;
         return 0;
     }
     const RecordingBus::Incoming& message = bus.incoming.front();

@@ -15,9 +15,8 @@ namespace surveymsg::detail {
 /// have at most three digits, and the value is converted to what the conversion wants.
 void FormatNumber(CString& out, const char* format, double value);
 void FormatNumber(CString& out, const char* format, std::int32_t value);
-inline void FormatNumber(CString& out, const char* format, std::uint32_t value) {
-    FormatNumber(out, format, static_cast<std::int32_t>(value));  // "%u" and "%x" show it as it was
-}
+/// "%d" shows the bits as a signed number; "%u", "%x" and the conversions of doubles the value itself.
+void FormatNumber(CString& out, const char* format, std::uint32_t value);
 
 /// Text rule: a printf template with one "%s"; default "%s". The text counts up to its first zero byte.
 void FormatText(CString& out, const char* format, std::string_view text);
