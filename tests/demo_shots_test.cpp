@@ -44,8 +44,8 @@ TEST_P(MalformedShots, AreRefusedWithTheirLine) {
 }
 
 const Malformed kMalformed[] = {
-    {"Empty", "", 0, "no shots"},
-    {"CommentsOnly", "# a\n\n  # b", 0, "no shots"},
+    {"Empty", "", 1, "without a shot"},
+    {"CommentsOnly", "# a\n\n  # b", 4, "without a shot"},
     {"Cut", kShot + "100.0 1 2", 2, "3 columns where a shot has 15; the file seems to be cut"},
     {"ShortLine", "# a\n1 2\n" + kShot, 2, "2 columns"},
     {"LongLine", kShot + kHead + "0.25 9\n", 2, "more than 15"},

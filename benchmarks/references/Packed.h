@@ -18,7 +18,7 @@ static_assert(std::endian::native == std::endian::little, "the references copy v
 [[noreturn]] void RaiseFull();
 [[noreturn]] void RaiseShort();
 
-inline constexpr std::uint8_t kLongText = 0xFF;    // a word follows
+inline constexpr std::uint8_t kLongText = 0xFF;     // a word follows
 inline constexpr std::uint16_t kHugeText = 0xFFFF;  // a long follows; one below it is no text
 
 class Writer {

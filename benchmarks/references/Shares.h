@@ -14,9 +14,9 @@ using packed::Reader;
 using packed::Writer;
 
 inline constexpr std::string_view kObservationKey = "RAW~AcousticObservation";
-inline constexpr std::size_t kCapacity = 122880;   // the largest encoded message
-inline constexpr std::size_t kLeastRange = 94;     // bytes of a range without a name
-inline constexpr std::size_t kLeastNested = 33;    // bytes of the smallest nested message
+inline constexpr std::size_t kCapacity = 122880;  // the largest encoded message
+inline constexpr std::size_t kLeastRange = 94;    // bytes of a range without a name
+inline constexpr std::size_t kLeastNested = 33;   // bytes of the smallest nested message
 
 inline Writer Put(Writer out, const Position& p) {
     out.Values(std::uint8_t{4});

@@ -92,7 +92,7 @@ std::vector<Shot> ReadShots(std::istream& in, const std::string& name) {
         const bool isCut = error.isShort && in.eof();  // the last line, and it has no end
         throw ShotFileError(name, lineNumber, error.wrong + (isCut ? "; the file seems to be cut here" : ""));
     }
-    if (shots.empty()) throw ShotFileError(name, 0, "there are no shots in it");
+    if (shots.empty()) throw ShotFileError(name, lineNumber, "the file ends without a shot");
     return shots;
 }
 
