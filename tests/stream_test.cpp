@@ -198,18 +198,6 @@ TEST(Stream, RaisesOutOfMemoryPastTheCapacityAndEncodesAgain) {
     EXPECT_EQ(Encoded(list).size(), 21u);
 }
 
-TEST(Stream, AMessageKeepsNoReserveAfterEncoding) {
-    // The reserve is the thread's: the next body gets the same one, and the text has moved out of it.
-    CString first, second;
-    char* reserve = first.GetBuffer(122880);
-    reserve[0] = 'x';
-    first.ReleaseBuffer(1);
-    EXPECT_NE(static_cast<const char*>(first), reserve);
-    EXPECT_EQ(second.GetBuffer(122880), reserve);
-    second.ReleaseBuffer(0);
-    EXPECT_EQ(first, "x");
-}
-
 // A class of a program's own, written with the archive's operators.
 class COwnMsg : public CMsg {
 public:

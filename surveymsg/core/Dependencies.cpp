@@ -41,25 +41,25 @@ bool CMsg::Owns(const CMsg& message) const {
     });
 }
 
-int CMsg::StoreDependency(const CString& identifier, CMsg* message) {
-    MsgDependencies[identifier] = message;
+int CMsg::StoreDependency(CString identifier, CMsg* message) {
+    MsgDependencies[std::move(identifier)] = message;
     message->isStored_ = true;
     return 1;
 }
 
 int CMsg::AddMsgDependency(CMsg* message) {
     if (!message || message == this || message->isStored_ || message->Owns(*this)) return 0;
-    const CString identifier = IdentifierOf(*message);
+    CString identifier = IdentifierOf(*message);
     if (CMsg* stored = Find(MsgDependencies, identifier)) {
         *stored = *message;
         return 1;
     }
-    return StoreDependency(identifier, message);
+    return StoreDependency(std::move(identifier), message);
 }
 
 int CMsg::AddMsgDependency(CMsg& message) {
     if (&message == this || message.Owns(*this)) return 0;
-    const CString identifier = IdentifierOf(message);
+    CString identifier = IdentifierOf(message);
     if (CMsg* stored = Find(MsgDependencies, identifier)) {
         if (stored == &message) return 0;
         *stored = message;
@@ -69,7 +69,7 @@ int CMsg::AddMsgDependency(CMsg& message) {
     if (!AllocMsg(message.MsgKey, nullptr, &made)) return 0;
     surveymsg::detail::OwnedMsg copy(made);
     *copy = message;
-    StoreDependency(identifier, made);
+    StoreDependency(std::move(identifier), made);
     static_cast<void>(copy.release());
     return 1;
 }
@@ -77,8 +77,7 @@ int CMsg::AddMsgDependency(CMsg& message) {
 // A message that arrives twice replaces the first, at its place in the order, so that neither is lost
 // track of and the work stays in proportion to the bytes.
 void CMsg::AdoptLoaded(CMsg* message) {
-    const CString identifier = IdentifierOf(*message);
-    CObject*& place = MsgDependencies[identifier];
+    CObject*& place = MsgDependencies[IdentifierOf(*message)];
     if (place) {
         auto* earlier = static_cast<CMsg*>(place);
         if (typeid(*earlier) != typeid(*message)) surveymsg::detail::RaiseBadSchema("CMsg");
@@ -101,6 +100,7 @@ int CMsg::RemoveMsgDependency(CMsg* message) {
 // Takes the whole tree apart level by level, over a list threaded through the messages themselves: it
 // needs neither stack in proportion to the depth, which a sender chose, nor memory.
 void CMsg::RemoveAllMsgDependencies() {
+    if (MsgDependencies.IsEmpty()) return MsgDependencies.RemoveAll();  // what it reserved goes
     CMsg* waiting = nullptr;
     const auto detach = [&waiting](CMsg& owner) {
         for (int i = owner.MsgDependencies.GetCount(); i-- > 0;) {

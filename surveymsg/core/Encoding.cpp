@@ -10,6 +10,7 @@
 #include <surveymsg/core/detail/Clock.h>
 #include <surveymsg/core/detail/Nesting.h>
 #include <surveymsg/core/detail/Share.h>
+#include <surveymsg/platform/detail/BodyReserve.h>
 #include <surveymsg/platform/detail/Memory.h>
 
 using surveymsg::detail::kMostLevels;
@@ -42,24 +43,19 @@ unsigned char* BytesOf(const CString& body) {
 }  // namespace
 
 int CMsg::Encode() {
-    const int before = Body.GetLength();
-    Body.GetBuffer(kEncodedCapacity);
-    try {
-        RaisingMemoryException([&] {
-            CMemFile file(BytesOf(Body), kEncodedCapacity);
-            CArchive archive(&file, CArchive::store, kArchiveBuffer);
-            Serialize(archive);
-            archive.Close();
-            file.Flush();
-            const unsigned written = file.GetPosition();
-            // A class that writes nothing keeps the record that it was received with.
-            Body.ReleaseBuffer(written > 0 ? static_cast<int>(written) : before);
-            file.Close();
-        });
-    } catch (...) {
-        Body.ReleaseBuffer(0);
-        throw;
-    }
+    RaisingMemoryException([this] {
+        surveymsg::detail::BodyReserve reserve(Body, kEncodedCapacity);
+        CMemFile file(reinterpret_cast<unsigned char*>(reserve.Storage()), kEncodedCapacity);
+        CArchive archive(&file, CArchive::store, kArchiveBuffer);
+        Serialize(archive);
+        archive.Close();
+        file.Flush();
+        if (file.GetPosition() > 0)
+            reserve.Keep(static_cast<int>(file.GetPosition()));
+        else
+            reserve.Restore();  // a class that writes nothing keeps the record that it was received with
+        file.Close();
+    });
     return 1;
 }
 
@@ -69,7 +65,8 @@ int CMsg::Decode(CMsg* other) {
     if (source.IsEmpty()) return 0;
     RaisingMemoryException([&] {
         // Loading releases the nested messages first; bytes that belong to one of them must outlive it.
-        const CString kept = other && Owns(*other) ? source : CString();
+        CString kept;
+        if (other && Owns(*other)) kept = source;
         const CString& bytes = kept.IsEmpty() ? source : kept;
         const surveymsg::detail::LoadScope loading;
         CMemFile file(BytesOf(bytes), static_cast<unsigned>(bytes.GetLength()));
@@ -98,16 +95,13 @@ void CMsg::Serialize(CArchive& ar) {
 
 void CMsg::StoreNested(CArchive& ar) {
     if (MsgDependencies.IsEmpty()) return;
-    if (Nesting* outer = Nesting::Of(ar)) {
-        outer->levels.push_back({this, nullptr, 0});
-        return;
-    }
-    Nesting nesting(ar);
-    nesting.levels.push_back({this, nullptr, 0});
-    while (!nesting.levels.empty()) {
-        Nesting::Level& level = nesting.levels.back();
+    if (Nesting* outer = Nesting::Of(ar)) return outer->Open(this, 0);
+    Nesting nesting(ar, this, 0);
+    for (;;) {
+        Nesting::Level& level = nesting.Innermost();
         if (level.at == level.message->MsgDependencies.GetCount()) {
-            nesting.levels.pop_back();
+            if (nesting.Depth() == 1) return;
+            nesting.Close();
             continue;
         }
         auto* nested = static_cast<CMsg*>(level.message->MsgDependencies.GetAt(level.at++));
@@ -121,36 +115,30 @@ void CMsg::LoadNested(CArchive& ar, std::int32_t count) {
         SetInstanceIdentifier();
         return;
     }
-    if (Nesting* outer = Nesting::Of(ar)) {
-        outer->levels.push_back({this, nullptr, count});
-        return;
-    }
-    Nesting nesting(ar);
-    nesting.levels.push_back({this, nullptr, count});
+    if (Nesting* outer = Nesting::Of(ar)) return outer->Open(this, count);
+    Nesting nesting(ar, this, count);
     for (;;) {
-        Nesting::Level& level = nesting.levels.back();
+        Nesting::Level& level = nesting.Innermost();
         if (level.at == 0) {
-            CMsg* complete = level.message;
-            complete->SetInstanceIdentifier();
-            OwnedMsg owned = std::move(level.owned);
-            nesting.levels.pop_back();
-            if (nesting.levels.empty()) return;
-            nesting.levels.back().message->AdoptLoaded(owned.get());
-            static_cast<void>(owned.release());
+            level.message->SetInstanceIdentifier();
+            if (nesting.Depth() == 1) return;
+            OwnedMsg complete = nesting.Close();
+            nesting.Innermost().message->AdoptLoaded(complete.get());
+            static_cast<void>(complete.release());
             continue;
         }
         --level.at;
         CMsg* parent = level.message;
-        if (nesting.levels.size() == kMostLevels) RaiseBadSchema(kSchema.className);
+        const std::size_t depth = nesting.Depth();
+        if (depth == kMostLevels) RaiseBadSchema(kSchema.className);
         CString key;
         Reader(ar).String(key);
         CMsg* nested = nullptr;
         if (!AllocMsg(key, nullptr, &nested)) RaiseBadSchema(kSchema.className);
         OwnedMsg owned(nested);
-        const std::size_t depth = nesting.levels.size();
         nested->Serialize(ar);
-        if (nesting.levels.size() > depth) {
-            nesting.levels.back().owned = std::move(owned);  // it has nested messages of its own still to come
+        if (nesting.Depth() > depth) {
+            nesting.Innermost().owned = std::move(owned);  // it has nested messages of its own still to come
         } else {
             parent->AdoptLoaded(nested);
             static_cast<void>(owned.release());

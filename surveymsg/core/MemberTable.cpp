@@ -133,6 +133,10 @@ int MemberTable::Get(CMsg& message, std::uint16_t id, std::uint16_t index, doubl
     if (!out) return 0;
     const Member* row = Find(id, Member::Gets);
     if (!row) return 0;
+    if (row->kind == Kind::Double && !row->fetch) [[likely]] {  // by far the most members
+        *out = message.*row->field.double_;
+        return 1;
+    }
     int result = 1;
     CMsg* object = ObjectOf(*row, message, index, result);
     if (!object) return result;

@@ -176,7 +176,7 @@ private:
     void StoreNested(CArchive& ar);
     void LoadNested(CArchive& ar, std::int32_t count);
     void AdoptLoaded(CMsg* message);
-    int StoreDependency(const CString& identifier, CMsg* message);
+    int StoreDependency(CString identifier, CMsg* message);
 
     CMsg* nextReleased_ = nullptr;  // links the messages of a tree that is being released
     bool isStored_ = false;         // a message owns this one

@@ -4,6 +4,7 @@
 #include <surveymsg/core/Msg.h>
 #include <surveymsg/core/detail/Module.h>
 #include <surveymsg/outside/Tarvex.h>
+#include <surveymsg/platform/detail/BodyReserve.h>
 #include <surveymsg/platform/detail/Memory.h>
 
 #if defined(_WIN32)
@@ -94,16 +95,15 @@ int CMsg::OnReceive() {
         char* task = reserve(SourceTask, ReceiveKeySize);
         char* msgKey = reserve(MsgKey, ReceiveKeySize);
         char* identifier = reserve(InstanceIdentifier, ReceiveKeySize);
-        Body.Empty();  // nothing to keep when the storage grows
-        char* body = reserve(Body, ReceiveBodySize);
+        surveymsg::detail::BodyReserve body(Body, static_cast<int>(ReceiveBodySize));
         std::uint32_t number = 0;
         std::uint32_t further = 0;
         std::uint32_t bodyLength = 0;
         const int result = TvxRead(node, ReceiveKeySize, task, ReceiveKeySize, &number, msgKey, ReceiveKeySize,
-                                   identifier, ReceiveKeySize, &further, body, ReceiveBodySize, &bodyLength);
+                                   identifier, ReceiveKeySize, &further, body.Storage(), ReceiveBodySize, &bodyLength);
         const std::uint32_t reason = result ? 0 : GetLastError();
         for (CString* key : keys) key->ReleaseBuffer(result ? -1 : 0);
-        Body.ReleaseBuffer(result ? static_cast<int>(std::min(bodyLength, ReceiveBodySize)) : 0);
+        body.Keep(result ? static_cast<int>(std::min(bodyLength, ReceiveBodySize)) : 0);
         if (result) {
             SourceNumber = number;
             return result;

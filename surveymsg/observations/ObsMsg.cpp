@@ -10,15 +10,15 @@ namespace {
 enum class OldNameForm { OneEnd, BothEnds };
 
 struct TypeRow {
-    const char* text;
-    bool twoEnds;  // the name is "from->to"
+    std::string_view text;  // empty: the type has none
+    bool twoEnds;           // the name is "from->to"
     OldNameForm oldName;
     double weight;
 };
 
 // clang-format off
 constexpr TypeRow kTypes[] = {
-    {nullptr,    false, OldNameForm::OneEnd,   1.0},     // 0, and every number beyond the table
+    {"",         false, OldNameForm::OneEnd,   1.0},     // 0, and every number beyond the table
     {"Range",    true,  OldNameForm::BothEnds, 1.0},
     {"Depth",    false, OldNameForm::OneEnd,   1.0},
     {"East",     false, OldNameForm::OneEnd,   1.0},
@@ -40,7 +40,8 @@ constexpr int kStatusBitCount = 32;
 
 bool IsStatusBit(int bit) { return bit >= 0 && bit < kStatusBitCount; }
 
-constexpr const char* kArrow = "->";
+constexpr std::string_view kArrow = "->";
+constexpr std::string_view kSlash = "/";
 
 }  // namespace
 
@@ -112,17 +113,17 @@ int CObsMsg::SetOldId() {
 }
 
 int CObsMsg::SetInstanceIdentifier() {
-    const std::string_view type = ViewOf(RowOf(Type).text);
+    const std::string_view type = RowOf(Type).text;
     SetId();
-    Join(InstanceIdentifier, type, "/", Name);
+    Join(InstanceIdentifier, type, kSlash, Name);
     SetOldId();
-    if (!OldName.IsEmpty()) Join(OldInstanceIdentifier, type, "/", OldName);
+    if (!OldName.IsEmpty()) Join(OldInstanceIdentifier, type, kSlash, OldName);
     return 1;
 }
 
 void CObsMsg::GetTypeString(CString* out) {
-    const char* text = RowOf(Type).text;
-    if (out && text) *out = text;
+    const std::string_view text = RowOf(Type).text;
+    if (out && !text.empty()) out->Assign(text.data(), static_cast<int>(text.size()));
 }
 
 void CObsMsg::AssignWeight() { Weight = RowOf(Type).weight; }

@@ -30,29 +30,6 @@ std::uint32_t Reader::LongPrefix(std::uint64_t& prefix) const {
 using surveymsg::detail::Reader;
 using surveymsg::detail::Writer;
 
-CMemFile::CMemFile(unsigned char* buffer, unsigned size) : buffer_(buffer), size_(buffer ? size : 0) {}
-
-void CMemFile::Flush() {}
-
-void CMemFile::Close() {
-    buffer_ = nullptr;
-    size_ = 0;
-}
-
-CArchive::CArchive(CMemFile* file, unsigned mode, int /*bufferSize*/)
-    : file_(file),
-      cursor_(file ? file->buffer_ + file->position_ : nullptr),
-      limit_(file ? file->buffer_ + file->size_ : nullptr),
-      loading_((mode & load) != 0) {}
-
-CArchive::~CArchive() { Close(); }
-
-void CArchive::Close() {
-    if (file_ && file_->buffer_) file_->position_ = static_cast<unsigned>(cursor_ - file_->buffer_);
-    file_ = nullptr;
-    cursor_ = limit_ = nullptr;
-}
-
 namespace {
 
 Writer ToStore(CArchive& archive) {

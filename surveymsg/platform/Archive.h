@@ -14,10 +14,14 @@ class Writer;
 /// A file of fixed size in the caller's memory. It never grows.
 class SURVEYMSG_API CMemFile {
 public:
-    CMemFile(unsigned char* buffer, unsigned size);  ///< `buffer` stays the caller's and must outlive the file
+    /// `buffer` stays the caller's and must outlive the file.
+    CMemFile(unsigned char* buffer, unsigned size) : buffer_(buffer), size_(buffer ? size : 0) {}
     unsigned GetPosition() const { return position_; }
-    void Flush();
-    void Close();
+    void Flush() {}
+    void Close() {
+        buffer_ = nullptr;
+        size_ = 0;
+    }
 
 private:
     friend class CArchive;
@@ -46,14 +50,22 @@ class SURVEYMSG_API CArchive {
 public:
     enum Mode : unsigned { store = 0, load = 1 };
 
-    CArchive(CMemFile* file, unsigned mode, int bufferSize = 4096);
+    CArchive(CMemFile* file, unsigned mode, [[maybe_unused]] int bufferSize = 4096)
+        : file_(file),
+          cursor_(file ? file->buffer_ + file->position_ : nullptr),
+          limit_(file ? file->buffer_ + file->size_ : nullptr),
+          loading_((mode & load) != 0) {}
     CArchive(const CArchive&) = delete;
     CArchive& operator=(const CArchive&) = delete;
-    ~CArchive();
+    ~CArchive() { Close(); }
 
     bool IsStoring() const { return !loading_; }
     bool IsLoading() const { return loading_; }
-    void Close();
+    void Close() {
+        if (file_ && file_->buffer_) file_->position_ = static_cast<unsigned>(cursor_ - file_->buffer_);
+        file_ = nullptr;
+        cursor_ = limit_ = nullptr;
+    }
 
     CArchive& operator<<(std::uint8_t value);
     CArchive& operator<<(std::uint16_t value);

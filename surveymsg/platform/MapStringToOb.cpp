@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <utility>
 
 #include <surveymsg/platform/detail/Memory.h>
 #include <surveymsg/platform/detail/SeededHash.h>
@@ -19,28 +20,34 @@ std::size_t SlotsFor(std::size_t rows) { return std::bit_ceil(rows * 2); }
 CMapStringToOb::CMapStringToOb() = default;
 CMapStringToOb::~CMapStringToOb() = default;
 
-std::uint32_t CMapStringToOb::Find(std::string_view key) const {
+// Hashing starts when the map is indexed: a small one never hashes.
+std::uint64_t CMapStringToOb::HashOf(std::string_view key) const {
+    return slots_.empty() ? 0 : surveymsg::detail::SeededHash(key);
+}
+
+std::uint32_t CMapStringToOb::Find(std::string_view key, std::uint64_t hash) const {
     if (slots_.empty()) {
         for (std::size_t row = 0; row < rows_.size(); ++row)
             if (rows_[row].key.View() == key) return static_cast<std::uint32_t>(row);
         return kNone;
     }
     const std::size_t mask = slots_.size() - 1;
-    for (std::size_t slot = surveymsg::detail::SeededHash(key) & mask;; slot = (slot + 1) & mask) {
+    for (std::size_t slot = hash & mask;; slot = (slot + 1) & mask) {
         const std::uint32_t row = slots_[slot];
-        if (row == kNone || rows_[row].key.View() == key) return row;
+        if (row == kNone || (rows_[row].hash == hash && rows_[row].key.View() == key)) return row;
     }
 }
 
 void CMapStringToOb::Index(std::uint32_t row) {
     const std::size_t mask = slots_.size() - 1;
-    std::size_t slot = surveymsg::detail::SeededHash(rows_[row].key.View()) & mask;
+    std::size_t slot = rows_[row].hash & mask;
     while (slots_[slot] != kNone) slot = (slot + 1) & mask;
     slots_[slot] = row;
 }
 
 void CMapStringToOb::Reindex() {
-    if (rows_.size() <= kSmall) return slots_.clear();
+    if (slots_.empty())
+        for (Row& row : rows_) row.hash = surveymsg::detail::SeededHash(row.key.View());
     slots_.assign(SlotsFor(rows_.size()), kNone);
     for (std::uint32_t row = 0; row < rows_.size(); ++row) Index(row);
 }
@@ -51,20 +58,29 @@ void CMapStringToOb::Reserve(int count) {
 }
 
 int CMapStringToOb::Lookup(const CString& key, CObject*& value) const {
-    const std::uint32_t row = Find(key.View());
+    const std::uint32_t row = Find(key.View(), HashOf(key.View()));
     if (row == kNone) return 0;
     value = rows_[row].value;
     return 1;
 }
 
 CObject*& CMapStringToOb::operator[](const CString& key) {
-    const std::uint32_t found = Find(key.View());
-    if (found != kNone) return rows_[found].value;
-    const bool grows = rows_.size() + 1 > kSmall && SlotsFor(rows_.size() + 1) > slots_.size();
+    const std::uint64_t hash = HashOf(key.View());
+    const std::uint32_t found = Find(key.View(), hash);
+    return found != kNone ? rows_[found].value : Insert(CString(key), hash);
+}
+
+CObject*& CMapStringToOb::operator[](CString&& key) {
+    const std::uint64_t hash = HashOf(key.View());
+    const std::uint32_t found = Find(key.View(), hash);
+    return found != kNone ? rows_[found].value : Insert(std::move(key), hash);
+}
+
+CObject*& CMapStringToOb::Insert(CString&& key, std::uint64_t hash) {
     surveymsg::detail::RaisingMemoryException([&] {
-        rows_.push_back({key, nullptr});
+        rows_.push_back({std::move(key), nullptr, hash});
         try {
-            if (grows)
+            if (rows_.size() > kSmall && SlotsFor(rows_.size()) > slots_.size())
                 Reindex();
             else if (!slots_.empty())
                 Index(static_cast<std::uint32_t>(rows_.size() - 1));
@@ -77,7 +93,7 @@ CObject*& CMapStringToOb::operator[](const CString& key) {
 }
 
 int CMapStringToOb::RemoveKey(const CString& key) {
-    const std::uint32_t row = Find(key.View());
+    const std::uint32_t row = Find(key.View(), HashOf(key.View()));
     if (row == kNone) return 0;
     rows_.erase(rows_.begin() + row);
     if (slots_.empty()) return 1;
@@ -86,7 +102,7 @@ int CMapStringToOb::RemoveKey(const CString& key) {
     return 1;
 }
 
-void CMapStringToOb::RemoveAll() {
+void CMapStringToOb::Clear() {
     constexpr std::size_t kKept = 1024;  // entries whose storage waits for the next use
     rows_.clear();
     slots_.clear();

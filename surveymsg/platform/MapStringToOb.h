@@ -25,8 +25,11 @@ public:
     bool IsEmpty() const { return rows_.empty(); }
     int Lookup(const CString& key, CObject*& value) const;  ///< 1 if found; else `value` is left as it was
     CObject*& operator[](const CString& key);               ///< inserts the key with null if it is new
+    CObject*& operator[](CString&& key);                    ///< the same; a new key is moved in
     int RemoveKey(const CString& key);                      ///< 1 if there was one
-    void RemoveAll();
+    void RemoveAll() {
+        if (rows_.capacity() > 0) Clear();
+    }
     POSITION GetStartPosition() const;
     void GetNextAssoc(POSITION& position, CString& key, CObject*& value) const;
 
@@ -38,12 +41,16 @@ private:
     struct Row {
         CString key;
         CObject* value;
+        std::uint64_t hash;  // of the key, once the map is indexed
     };
     static constexpr std::uint32_t kNone = 0xFFFFFFFF;
 
-    std::uint32_t Find(std::string_view key) const;
+    std::uint64_t HashOf(std::string_view key) const;
+    std::uint32_t Find(std::string_view key, std::uint64_t hash) const;
     void Index(std::uint32_t row);
     void Reindex();
+    void Clear();
+    CObject*& Insert(CString&& key, std::uint64_t hash);
 
     std::vector<Row> rows_;
     std::vector<std::uint32_t> slots_;  // row numbers by hash, open addressing; empty while the map is small

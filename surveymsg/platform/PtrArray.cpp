@@ -25,4 +25,8 @@ void CPtrArray::SetSize(int size) {
         [&] { slots_.resize(static_cast<std::size_t>(std::max(size, 0)), nullptr); });
 }
 
+void CPtrArray::Reserve(int count) {
+    surveymsg::detail::RaisingMemoryException([&] { slots_.reserve(static_cast<std::size_t>(std::max(count, 0))); });
+}
+
 void CPtrArray::RemoveAll() { slots_.clear(); }

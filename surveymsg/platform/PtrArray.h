@@ -21,6 +21,7 @@ public:
     int Add(void* pointer);                    ///< appends, gives the new slot's index
     void SetAtGrow(int index, void* pointer);  ///< the array grows to hold `index`; a negative one does nothing
     void SetSize(int size);
+    void Reserve(int count);  ///< room for `count` slots in all
     void RemoveAll();
 
 private:

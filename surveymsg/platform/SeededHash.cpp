@@ -45,7 +45,6 @@ struct State {
     void Absorb(std::uint64_t word) {
         d ^= word;
         Round();
-        Round();
         a ^= word;
     }
 };
@@ -67,7 +66,7 @@ std::uint64_t SeededHash(std::string_view text) {
     if (left > 0) std::memcpy(&last, next, left);
     state.Absorb(last);
     state.c ^= 0xFF;
-    for (int i = 0; i < 4; ++i) state.Round();
+    for (int i = 0; i < 3; ++i) state.Round();
     return state.a ^ state.b ^ state.c ^ state.d;
 }
 

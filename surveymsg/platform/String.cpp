@@ -1,100 +1,22 @@
 #include <surveymsg/platform/String.h>
 
-#include <pthread.h>
-
 #include <algorithm>
 #include <climits>
 #include <new>
-#include <utility>
 
 #include <surveymsg/platform/Exceptions.h>
 
 namespace {
 
-// A reserve from here on is lent by the thread rather than allocated for the text.
-constexpr std::uint32_t kLargeReserve = 16 * 1024;
-
-// Null if memory is at its end.
-char* TryAllocate(std::uint32_t capacity) {
-    return static_cast<char*>(::operator new (std::size_t{capacity} + 1, std::nothrow));
-}
-
 char* Allocate(std::uint32_t capacity) {
-    char* storage = TryAllocate(capacity);
+    void* storage = ::operator new (std::size_t{capacity} + 1, std::nothrow);
     if (!storage) throw CMemoryException();
-    return storage;
+    return static_cast<char*>(storage);
 }
-
-void Release(char* storage) { ::operator delete(storage); }
-
-struct Block {
-    char* storage = nullptr;
-    std::uint32_t capacity = 0;
-};
-
-// What a thread keeps between two uses of a large reserve: the reserve itself, and the storage that
-// the text had before and will want back. So encoding into a `Body` again and again needs no heap.
-struct Lent {
-    Block large;
-    Block small;
-
-    void Drop() {
-        Drop(large);
-        Drop(small);
-    }
-    static void Drop(Block& block) {
-        Release(block.storage);
-        block = {};
-    }
-    // Keeps `block` in `place` until the thread ends, or frees it if a block of at least that size waits there already.
-    static void Keep(Block& place, Block block) {
-        if (block.capacity > place.capacity && IsDroppedWithThread()) std::swap(place, block);
-        Release(block.storage);
-    }
-    static bool IsDroppedWithThread();
-    static Block Take(Block& place, std::uint32_t capacity) {
-        if (place.capacity < capacity) return {};
-        return std::exchange(place, Block{});
-    }
-};
-
-thread_local Lent lent;
-
-// Ends what a thread keeps. An object with a destructor would do so too, but would keep the library in the
-// process as long as the thread lives, and unloading it would retire nothing.
-class ThreadEnd {
-public:
-    ThreadEnd() : exists_(pthread_key_create(&key_, [](void* kept) { static_cast<Lent*>(kept)->Drop(); }) == 0) {}
-    ThreadEnd(const ThreadEnd&) = delete;
-    ThreadEnd& operator=(const ThreadEnd&) = delete;
-    ~ThreadEnd() {
-        lent.Drop();
-        if (exists_) pthread_key_delete(key_);
-        exists_ = false;
-    }
-    bool Covers(Lent* kept) const { return exists_ && pthread_setspecific(key_, kept) == 0; }
-
-private:
-    pthread_key_t key_{};
-    bool exists_;
-};
-
-ThreadEnd threadEnd;
-
-bool Lent::IsDroppedWithThread() { return threadEnd.Covers(&lent); }
 
 }  // namespace
 
-void CString::FreeHeap() { Release(heap_); }
-
-void CString::Swap(CString& other) noexcept {
-    char bytes[sizeof inline_];
-    std::memcpy(bytes, inline_, sizeof bytes);
-    std::memcpy(inline_, other.inline_, sizeof bytes);
-    std::memcpy(other.inline_, bytes, sizeof bytes);
-    std::swap(length_, other.length_);
-    std::swap(capacity_, other.capacity_);
-}
+void CString::FreeHeap() { ::operator delete(heap_); }
 
 void CString::AssignGrown(const char* text, int length) {
     if (length <= 0) return Empty();
@@ -107,33 +29,11 @@ void CString::AssignGrown(const char* text, int length) {
 }
 
 void CString::Grow(std::uint32_t capacity) {
-    const Block old{IsInline() ? nullptr : heap_, IsInline() ? 0 : capacity_};
-    Block grown;
-    if (capacity >= kLargeReserve) grown = Lent::Take(lent.large, capacity);
-    if (!grown.storage) grown = {Allocate(capacity), capacity};
-    std::memcpy(grown.storage, Data(), std::size_t{length_} + 1);
-    if (capacity >= kLargeReserve && old.storage && old.capacity < kLargeReserve)
-        Lent::Keep(lent.small, old);
-    else
-        Release(old.storage);
-    heap_ = grown.storage;
-    capacity_ = grown.capacity;
-}
-
-void CString::ShrinkTo(std::uint32_t length) {
-    const Block reserve{heap_, capacity_};
-    if (length <= kInlineLength) {
-        std::memcpy(inline_, reserve.storage, length);
-        capacity_ = kInlineLength;
-    } else {
-        Block fitting = Lent::Take(lent.small, length);
-        if (!fitting.storage) fitting = {TryAllocate(length), length};
-        if (!fitting.storage) return;  // the reserve serves as well
-        std::memcpy(fitting.storage, reserve.storage, length);
-        heap_ = fitting.storage;
-        capacity_ = fitting.capacity;
-    }
-    Lent::Keep(lent.large, reserve);
+    char* storage = Allocate(capacity);
+    std::memcpy(storage, Data(), std::size_t{length_} + 1);
+    Free();
+    heap_ = storage;
+    capacity_ = capacity;
 }
 
 char* CString::GetBuffer(int minimum) {
@@ -149,7 +49,6 @@ void CString::ReleaseBuffer(int length) {
     } else {
         stored = std::min(static_cast<std::uint32_t>(length), capacity_);
     }
-    if (capacity_ >= kLargeReserve && stored < capacity_ / 8) ShrinkTo(stored);
     SetLength(stored);
 }
 

@@ -58,9 +58,8 @@ public:
     }
 
     /// Storage for at least `minimum` characters and a terminator, holding the present text; what lies
-    /// behind the text has no defined content. `ReleaseBuffer` must follow before the text is used
-    /// again. A large reserve is lent by the calling thread and goes back when it is released with
-    /// little in it, so asking for much costs neither filling nor memory that stays.
+    /// behind the text has no defined content: it costs no filling. `ReleaseBuffer` must follow before the
+    /// text is used again.
     char* GetBuffer(int minimum);
     /// The text becomes `length` characters of storage for the caller to fill at once.
     char* SetBuffer(int length) {
@@ -72,7 +71,12 @@ public:
     /// terminator. A length above the storage means all of the storage.
     void ReleaseBuffer(int length = -1);
 
-    void Swap(CString& other) noexcept;
+    void Swap(CString& other) noexcept {
+        char bytes[sizeof *this];  // a text does not point into itself
+        std::memcpy(bytes, static_cast<void*>(this), sizeof bytes);
+        std::memcpy(static_cast<void*>(this), static_cast<void*>(&other), sizeof bytes);
+        std::memcpy(static_cast<void*>(&other), bytes, sizeof bytes);
+    }
 
     /// Characters that need no heap.
     static constexpr int kInlineLength = 31;
@@ -92,7 +96,6 @@ private:
     void FreeHeap();
     void AssignGrown(const char* text, int length);
     void Grow(std::uint32_t capacity);
-    void ShrinkTo(std::uint32_t length);
 
     std::uint32_t length_ = 0;
     std::uint32_t capacity_ = kInlineLength;  // characters, without the terminator

@@ -32,14 +32,21 @@ int CCompPosnMsg::AddObservation(CObsMsg& observation) { return AddMsgDependency
 
 int CCompPosnMsg::RemoveObservation(CObsMsg* observation) { return RemoveMsgDependency(observation); }
 
-CObsMsg* CCompPosnMsg::GetObservation(std::uint16_t index) {
-    if (index >= MsgDependencies.GetCount()) return nullptr;
-    CObject* nested = MsgDependencies.GetAt(index);
+namespace {
+
+// Nearly always one of two classes, and comparing is cheaper than a cast by run-time type.
+CObsMsg* AsObservation(CObject* nested) {
     if (!nested) return nullptr;
-    // Nearly always one of these two, and comparing is cheaper than a cast by run-time type.
     const std::type_info& type = typeid(*nested);
-    if (type == typeid(CAcObsMsg) || type == typeid(CObsMsg)) return static_cast<CObsMsg*>(nested);
+    if (type == typeid(CAcObsMsg) || type == typeid(CObsMsg)) [[likely]]
+        return static_cast<CObsMsg*>(nested);
     return dynamic_cast<CObsMsg*>(nested);
+}
+
+}  // namespace
+
+CObsMsg* CCompPosnMsg::GetObservation(std::uint16_t index) {
+    return index < MsgDependencies.GetCount() ? AsObservation(MsgDependencies.GetAt(index)) : nullptr;
 }
 
 namespace surveymsg::detail {
@@ -54,10 +61,9 @@ bool SolutionText(CCompPosnMsg& position, const char* /*format*/, CString& out) 
 // Past the last observation there is nothing to do, and that is no failure. A nested message of another
 // class, which a stream may hold, is not served.
 CMsg* ObservationAt(CMsg& owner, std::uint16_t index, int& result) {
-    auto& position = static_cast<CCompPosnMsg&>(owner);
-    CMsg* observation = position.GetObservation(index);
-    result = index >= position.MsgDependencies.GetCount() ? 1 : 0;
-    return observation;
+    if (index >= owner.MsgDependencies.GetCount()) return nullptr;
+    result = 0;
+    return AsObservation(owner.MsgDependencies.GetAt(index));
 }
 
 // clang-format off

@@ -65,7 +65,7 @@ int CPosnMsg::SetInstanceIdentifier() {
         if (prefix.IsEmpty())
             identifier = name;
         else
-            Join(identifier, prefix, "/", name);
+            Join(identifier, prefix, std::string_view("/"), name);
     };
     build(InstanceIdentifier, NamePrefix, Name);
     if (!OldName.IsEmpty() || !OldNamePrefix.IsEmpty())  // the half that is not filled has not changed

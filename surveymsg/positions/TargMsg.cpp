@@ -46,7 +46,8 @@ int CTargMsg::GetInstanceIdentifier(CString* out) { return surveymsg::detail::Bu
 
 int CTargMsg::SetInstanceIdentifier() {
     const auto build = [](CString& identifier, const CString& prefix, const CString& reference, const CString& name) {
-        surveymsg::detail::Join(identifier, prefix, prefix.IsEmpty() ? "" : "/", reference, "->", name);
+        const std::string_view slash = prefix.IsEmpty() ? "" : "/";
+        surveymsg::detail::Join(identifier, prefix, slash, reference, std::string_view("->"), name);
     };
     const auto orPresent = [](const CString& old, const CString& present) -> const CString& {
         return old.IsEmpty() ? present : old;

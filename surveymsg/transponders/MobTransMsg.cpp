@@ -7,6 +7,14 @@
 #include <surveymsg/transponders/detail/TransTable.h>
 #include <surveymsg/transponders/detail/TransponderTexts.h>
 
+namespace {
+
+constexpr std::size_t kLeastRangeBytes = 94;  // a range without a name
+
+CTransRange* RangeIn(const CPtrArray& ranges, int index) { return static_cast<CTransRange*>(ranges.GetAt(index)); }
+
+}  // namespace
+
 CMobTransMsg::CMobTransMsg() { MsgKey = "PRX~MobileTransponder"; }
 
 CMobTransMsg::~CMobTransMsg() { ClearRanges(); }
@@ -18,15 +26,18 @@ CMobTransMsg& CMobTransMsg::operator=(CMobTransMsg& source) {
 
 void CMobTransMsg::Serialize(CArchive& ar) {
     std::int32_t count = 0;
-    for (int i = 0; i < Ranges.GetSize(); ++i) count += GetRange(i) != nullptr;
+    for (int i = 0; i < Ranges.GetSize(); ++i) count += RangeIn(Ranges, i) != nullptr;
     surveymsg::detail::SerializeShare(ar, {"CMobTransMsg", 2}, [&](auto& wire, int schema) {
         if (schema >= 2) surveymsg::detail::InterrogationFields(wire, *this);
         if constexpr (surveymsg::detail::Loads<decltype(wire)>) ClearRanges();
         wire.Longs(count);
+        if constexpr (surveymsg::detail::Loads<decltype(wire)>) {
+            if (count > 0) Ranges.Reserve(wire.AtMost(count, kLeastRangeBytes));
+        }
     });
     if (ar.IsStoring()) {
         for (int i = 0; i < Ranges.GetSize(); ++i)
-            if (CTransRange* range = GetRange(i)) range->Serialize(ar);
+            if (CTransRange* range = RangeIn(Ranges, i)) range->Serialize(ar);
     } else {
         for (; count > 0; --count) {
             auto range = std::make_unique<CTransRange>();
@@ -40,10 +51,10 @@ void CMobTransMsg::Serialize(CArchive& ar) {
 
 int CMobTransMsg::GetVersion(CString* out) { return surveymsg::detail::GiveVersion(out); }
 
-CTransRange* CMobTransMsg::GetRange(int index) { return static_cast<CTransRange*>(Ranges.GetAt(index)); }
+CTransRange* CMobTransMsg::GetRange(int index) { return RangeIn(Ranges, index); }
 
 void CMobTransMsg::ClearRanges() {
-    for (int i = 0; i < Ranges.GetSize(); ++i) delete GetRange(i);
+    for (int i = 0; i < Ranges.GetSize(); ++i) delete RangeIn(Ranges, i);
     Ranges.RemoveAll();
 }
 
@@ -52,7 +63,7 @@ namespace {
 
 // Past the last range there is nothing to do, and that is no failure.
 CMsg* RangeAt(CMsg& owner, std::uint16_t index, int& /*result*/) {
-    return static_cast<CTransRange*>(static_cast<CMobTransMsg&>(owner).Ranges.GetAt(index));
+    return RangeIn(static_cast<CMobTransMsg&>(owner).Ranges, index);
 }
 
 bool IrfForm(CTransRange& m, const char* /*format*/, CString& out) { return !IsInterrogated(m.RangeType, out); }

@@ -20,17 +20,14 @@ Message& AssignMessage(Message& target, Message& source, bool owns, TakeFields&&
     return target;
 }
 
+inline std::string_view PartOf(const CString& text) { return text.View(); }
+inline std::string_view PartOf(std::string_view text) { return text; }
+
 /// `out` becomes the parts one behind the other; none of them may lie in `out`.
 template <class... Parts>
 void Join(CString& out, const Parts&... parts) {
-    const auto viewOf = [](const auto& part) {
-        if constexpr (requires { part.View(); })
-            return part.View();
-        else
-            return std::string_view(part);
-    };
-    char* place = out.SetBuffer(static_cast<int>((viewOf(parts).size() + ...)));
-    ((place += viewOf(parts).copy(place, viewOf(parts).size())), ...);
+    char* place = out.SetBuffer(static_cast<int>((PartOf(parts).size() + ...)));
+    ((place += PartOf(parts).copy(place, PartOf(parts).size())), ...);
 }
 
 /// What `GetInstanceIdentifier` does in a class that has an identifier: build it if need be, hand it out.

@@ -25,17 +25,30 @@ public:
         std::int32_t at;  // storing: the next one's index; loading: how many are still to come
     };
 
-    explicit Nesting(CArchive& archive) : archive_(archive) { archive_.nesting_ = this; }
+    Nesting(CArchive& archive, CMsg* outermost, std::int32_t at)
+        : archive_(archive), outermost_{outermost, nullptr, at} {
+        archive_.nesting_ = this;
+    }
     Nesting(const Nesting&) = delete;
     Nesting& operator=(const Nesting&) = delete;
     ~Nesting() { archive_.nesting_ = nullptr; }
 
     static Nesting* Of(CArchive& archive) { return archive.nesting_; }
 
-    std::vector<Level> levels;
+    std::size_t Depth() const { return 1 + inner_.size(); }
+    Level& Innermost() { return inner_.empty() ? outermost_ : inner_.back(); }
+    void Open(CMsg* message, std::int32_t at) { inner_.push_back({message, nullptr, at}); }
+    /// Ends the innermost level, which is not the outermost; gives its message if the level owned it.
+    OwnedMsg Close() {
+        OwnedMsg owned = std::move(inner_.back().owned);
+        inner_.pop_back();
+        return owned;
+    }
 
 private:
     CArchive& archive_;
+    Level outermost_;  // the common case is nothing but this one, and needs no heap
+    std::vector<Level> inner_;
 };
 
 /// Levels that the deepest encoded message has: each takes at least 33 bytes, but the outermost 20.

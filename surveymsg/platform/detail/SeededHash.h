@@ -5,7 +5,7 @@
 
 namespace surveymsg::detail {
 
-/// SipHash-2-4 under a key that is drawn once per process, so that no sender can choose keys that
+/// SipHash-1-3 under a key that is drawn once per process, so that no sender can choose keys that
 /// collide.
 std::uint64_t SeededHash(std::string_view text);
 
