@@ -129,19 +129,19 @@ int MemberTable::Copy(CMsg& message, std::uint16_t id, std::uint16_t index, void
     return 1;
 }
 
-int MemberTable::Get(CMsg& message, std::uint16_t id, std::uint16_t index, double* out) const {
+int MemberTable::GetAny(CMsg& message, std::uint16_t id, std::uint16_t index, double* out) const {
     if (!out) return 0;
     const Member* row = Find(id, Member::Gets);
-    if (!row) return 0;
-    if (row->kind == Kind::Double && !row->fetch) [[likely]] {  // by far the most members
-        *out = message.*row->field.double_;
-        return 1;
-    }
+    return row ? GetBy(*row, message, index, out) : 0;
+}
+
+int MemberTable::GetBy(const Member& row, CMsg& message, std::uint16_t index, double* out) {
+    if (!(row.served & Member::Gets)) return 0;
     int result = 1;
-    CMsg* object = ObjectOf(*row, message, index, result);
+    CMsg* object = ObjectOf(row, message, index, result);
     if (!object) return result;
-    if (row->elementId) return object->GetMemberValue(row->elementId, index, out);
-    VisitField(*row, *object, [out](auto& field) {
+    if (row.elementId) return object->GetMemberValue(row.elementId, index, out);
+    VisitField(row, *object, [out](auto& field) {
         if constexpr (!std::is_same_v<decltype(field), CString&>) *out = field;
     });
     return 1;

@@ -1,5 +1,7 @@
 #include <surveymsg/core/detail/Template.h>
 
+#include <algorithm>
+#include <bit>
 #include <charconv>
 #include <cmath>
 #include <cstdio>
@@ -15,6 +17,21 @@ constexpr int kMostDigits = 3;
 constexpr std::size_t kLongestNumber = 1400;
 
 bool IsDigit(char c) { return c >= '0' && c <= '9'; }
+
+bool IsLengthModifier(char c) {
+    switch (c) {
+        case 'h':
+        case 'l':
+        case 'L':
+        case 'q':
+        case 'j':
+        case 'z':
+        case 't':
+            return true;
+        default:
+            return false;
+    }
+}
 
 // At most three digits; null if there are more.
 const char* ParseDigits(const char* text, int& value) {
@@ -48,6 +65,76 @@ void AppendDigits(TextBuffer& out, const Conversion& conversion, std::string_vie
     if (zeros) out.Append(padding, '0');
     out.Append(digits);
     if (conversion.leftAligned) out.Append(padding, ' ');
+}
+
+#if defined(__SIZEOF_INT128__)
+
+constexpr int kMostDecimals = 9;
+constexpr std::uint64_t kPowers[kMostDecimals + 1] = {1,      10,      100,      1000,      10000,
+                                                      100000, 1000000, 10000000, 100000000, 1000000000};
+__extension__ using Wide = unsigned __int128;
+
+// A number below 10^9 times a power of ten, as a whole number: the exact value of the double rounded to
+// nearest, ties to even, as printf has it. A tenth of the cost of the general way, and nearly all numbers
+// of this field are of this kind. False for the others.
+bool ScaleExactly(double magnitude, int decimals, std::uint64_t& scaled) {
+    constexpr double kMost = 1e9;
+    constexpr int kMantissaBits = 52;
+    constexpr int kUnitExponent = 1075;  // of a mantissa that counts ones
+    constexpr int kVanishes = 90;        // the product has at most 83 bits
+    if (!(magnitude < kMost) || decimals > kMostDecimals) return false;
+    const auto bits = std::bit_cast<std::uint64_t>(magnitude);
+    const auto biased = static_cast<int>(bits >> kMantissaBits);
+    std::uint64_t mantissa = bits & ((std::uint64_t{1} << kMantissaBits) - 1);
+    if (biased > 0) mantissa |= std::uint64_t{1} << kMantissaBits;
+    const int shift = kUnitExponent - (biased > 0 ? biased : 1);  // at least 23
+    scaled = 0;
+    if (shift > kVanishes) return true;
+    const Wide product = Wide{mantissa} * kPowers[decimals];
+    scaled = static_cast<std::uint64_t>(product >> shift);
+    const Wide rest = product - (Wide{scaled} << shift);
+    const Wide half = Wide{1} << (shift - 1);
+    if (rest > half || (rest == half && scaled % 2 == 1)) ++scaled;
+    return true;
+}
+
+// Writes the digits of a scaled number with its point; gives their end.
+char* PutScaled(char* out, std::uint64_t scaled, int decimals) {
+    out = std::to_chars(out, out + 24, scaled / kPowers[decimals]).ptr;
+    if (decimals == 0) return out;
+    *out = '.';
+    std::uint64_t fraction = scaled % kPowers[decimals];
+    for (int place = decimals; place > 0; --place, fraction /= 10) out[place] = static_cast<char>('0' + fraction % 10);
+    return out + 1 + decimals;
+}
+
+bool AppendFixed(TextBuffer& out, const Conversion& conversion, double value, double& printed) {
+    if (conversion.type != 'f' || conversion.alternate) return false;
+    const int decimals = conversion.precision < 0 ? 6 : conversion.precision;
+    std::uint64_t scaled = 0;
+    if (!ScaleExactly(std::fabs(value), decimals, scaled)) return false;
+    char text[48];
+    char* digits = text;
+    if (std::signbit(value)) *digits++ = '-';
+    char* end = PutScaled(digits, scaled, decimals);
+    AppendDigits(out, conversion, {text, static_cast<std::size_t>(end - text)});
+    printed = static_cast<double>(scaled) / static_cast<double>(kPowers[decimals]);
+    if (std::signbit(value)) printed = -printed;
+    return true;
+}
+
+#else
+
+bool AppendFixed(TextBuffer&, const Conversion&, double, double&) { return false; }
+
+#endif
+
+// The number that a rendered text begins with.
+double NumberIn(std::string_view text) {
+    text.remove_prefix(std::min(text.find_first_not_of(" +"), text.size()));
+    double number = 0.0;
+    std::from_chars(text.data(), text.data() + text.size(), number);
+    return number;
 }
 
 // The system's own printf, with a format built from checked parts.
@@ -93,9 +180,6 @@ void TextBuffer::MoveTo(CString& out) const {
     out.Assign(text.data(), static_cast<int>(text.size()));
 }
 
-bool Conversion::IsFloat() const { return type && std::strchr("fFeEgGaA", type); }
-bool Conversion::IsInteger() const { return type && std::strchr("dioxXuc", type); }
-
 const char* ParseConversion(const char* text, Conversion& conversion) {
     for (;; ++text) {
         if (*text == '-')
@@ -114,7 +198,7 @@ const char* ParseConversion(const char* text, Conversion& conversion) {
     text = ParseDigits(text, conversion.width);
     if (text && *text == '.') text = ParseDigits(text + 1, conversion.precision);
     if (!text) return nullptr;
-    while (*text && std::strchr("hlLqjzt", *text)) ++text;
+    while (IsLengthModifier(*text)) ++text;
     if (*text == 'I') {  // the platform's own: I, I32, I64
         ++text;
         if (!std::strncmp(text, "64", 2) || !std::strncmp(text, "32", 2)) text += 2;
@@ -149,7 +233,18 @@ void AppendLiteral(TextBuffer& out, std::string_view literal) {
     out.Append(literal);
 }
 
+double AppendRounded(TextBuffer& out, const Conversion& conversion, double value) {
+    double printed = 0.0;
+    if (AppendFixed(out, conversion, value, printed)) return printed;
+    TextBuffer text;
+    AppendNumber(text, conversion, value);
+    out.Append(text.View());
+    return NumberIn(text.View());
+}
+
 void AppendNumber(TextBuffer& out, const Conversion& conversion, double value) {
+    double printed = 0.0;
+    if (AppendFixed(out, conversion, value, printed)) return;
     if (conversion.IsInteger()) return AppendInteger(out, conversion, ToInteger(value), false);
     const char type = conversion.type;
     // The standard conversions in the "C" form, at a fifth of printf's cost. Infinities and the rest go to

@@ -24,6 +24,17 @@ constexpr Conversion DefaultOf(char type) {
     return conversion;
 }
 
+// "%f" and "%.Nf", which nearly all formats are, need no taking apart.
+bool IsPlainFixed(const char* format, Conversion& conversion) {
+    conversion.type = 'f';
+    if (IsBlank(format)) return true;
+    if (format[0] != '%') return false;
+    if (format[1] == 'f') return format[2] == '\0';
+    if (format[1] != '.' || format[2] < '0' || format[2] > '9' || format[3] != 'f' || format[4] != '\0') return false;
+    conversion.precision = format[2] - '0';
+    return true;
+}
+
 // Every rule in one: the default unless `format` is a template whose conversion the value fits.
 template <class Fits, class Append>
 void FormatBy(CString& out, const char* format, char defaultType, Fits&& fits, Append&& append) {
@@ -42,6 +53,11 @@ void FormatBy(CString& out, const char* format, char defaultType, Fits&& fits, A
 }  // namespace
 
 void FormatNumber(CString& out, const char* format, double value) {
+    if (Conversion conversion; IsPlainFixed(format, conversion)) {
+        TextBuffer text;
+        AppendNumber(text, conversion, value);
+        return text.MoveTo(out);
+    }
     FormatBy(
         out, format, 'f', [](const Conversion& conversion) { return conversion.IsNumber(); },
         [value](TextBuffer& text, const Conversion& conversion) { AppendNumber(text, conversion, value); });
@@ -92,21 +108,27 @@ struct DegreeFormat {
     } parts[kUnitCount];
 };
 
+// Where the next token begins, and whose it is.
+std::size_t FindToken(std::string_view format, std::size_t from, std::size_t& unit) {
+    constexpr std::size_t kWord = 3;
+    for (std::size_t percent = format.find('%', from); percent != std::string_view::npos;
+         percent = format.find('%', percent + 1)) {
+        if (percent < from + kWord) continue;
+        const std::string_view token = format.substr(percent - kWord, kWord + 1);
+        for (unit = 0; unit < kUnitCount; ++unit)
+            if (token == kTokens[unit]) return percent - kWord;
+    }
+    return std::string_view::npos;
+}
+
 // False if a token stands twice or out of order, or has no conversion for a number behind it.
 bool ParseDegrees(std::string_view format, DegreeFormat& parsed) {
     std::string_view* literal = &parsed.head;
     std::size_t begin = 0;
     std::size_t nextUnit = 0;
     for (;;) {
-        std::size_t place = std::string_view::npos;
         std::size_t unit = 0;
-        for (std::size_t each = 0; each < kUnitCount; ++each) {
-            const std::size_t found = format.find(kTokens[each], begin);
-            if (found < place) {
-                place = found;
-                unit = each;
-            }
-        }
+        const std::size_t place = FindToken(format, begin, unit);
         *literal = format.substr(begin, place == std::string_view::npos ? place : place - begin);
         if (place == std::string_view::npos) return true;
         if (unit < nextUnit) return false;
@@ -121,26 +143,15 @@ bool ParseDegrees(std::string_view format, DegreeFormat& parsed) {
     }
 }
 
-// The number that a rendered text begins with.
-double NumberIn(std::string_view text) {
-    text.remove_prefix(std::min(text.find_first_not_of(" +"), text.size()));
-    double number = 0.0;
-    std::from_chars(text.data(), text.data() + text.size(), number);
-    return number;
-}
-
 // Renders minutes or seconds; `value` becomes what was printed. 60 starts over: the larger unit, which
 // still holds the fraction, carries by its own rounding.
 void RenderBelowSixty(TextBuffer& out, const Conversion& conversion, double& value) {
-    TextBuffer first;
-    AppendNumber(first, conversion, value);
-    value = NumberIn(first.View());
-    if (value >= kStep) {
-        value -= kStep;
-        AppendNumber(out, conversion, value);
-    } else {
-        out.Append(first.View());
-    }
+    TextBuffer over;
+    value = AppendRounded(out, conversion, value);
+    if (value < kStep || std::isnan(value)) return;
+    value -= kStep;
+    AppendNumber(over, conversion, value);
+    out = over;
 }
 
 // For a negative angle: the hemisphere's letter changes, and carries the sign.
@@ -162,10 +173,8 @@ void TurnHemisphere(CString& text) {
 }  // namespace
 
 bool HoldsDegreeToken(const char* format) {
-    if (IsBlank(format)) return false;
-    const std::string_view text(format);
-    return std::any_of(std::begin(kTokens), std::end(kTokens),
-                       [text](std::string_view token) { return text.find(token) != std::string_view::npos; });
+    std::size_t unit = 0;
+    return !IsBlank(format) && FindToken(format, 0, unit) != std::string_view::npos;
 }
 
 void FormatDegreeText(CString& out, const char* format, double value) {

@@ -44,8 +44,35 @@ struct Conversion {
     int precision = -1;  // -1: not given
     char type = '\0';    // '\0': the template has no conversion
 
-    bool IsFloat() const;
-    bool IsInteger() const;
+    bool IsFloat() const {
+        switch (type) {
+            case 'f':
+            case 'F':
+            case 'e':
+            case 'E':
+            case 'g':
+            case 'G':
+            case 'a':
+            case 'A':
+                return true;
+            default:
+                return false;
+        }
+    }
+    bool IsInteger() const {
+        switch (type) {
+            case 'd':
+            case 'i':
+            case 'u':
+            case 'x':
+            case 'X':
+            case 'o':
+            case 'c':
+                return true;
+            default:
+                return false;
+        }
+    }
     bool IsNumber() const { return IsFloat() || IsInteger(); }
 };
 
@@ -65,6 +92,8 @@ bool ParseTemplate(const char* format, Template& parsed);
 
 void AppendLiteral(TextBuffer& out, std::string_view literal);  ///< "%%" gives "%"
 void AppendNumber(TextBuffer& out, const Conversion& conversion, double value);
+/// The same; gives the number that was printed, rounded as it reads.
+double AppendRounded(TextBuffer& out, const Conversion& conversion, double value);
 void AppendInteger(TextBuffer& out, const Conversion& conversion, std::int64_t value, bool is32Bits);
 void AppendText(TextBuffer& out, const Conversion& conversion, std::string_view text);
 
