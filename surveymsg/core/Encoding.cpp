@@ -66,7 +66,7 @@ int CMsg::Decode(CMsg* other) {
     RaisingMemoryException([&] {
         // Loading releases the nested messages first; bytes that belong to one of them must outlive it.
         CString kept;
-        if (other && Owns(*other)) kept = source;
+        if (other && !MsgDependencies.IsEmpty() && Owns(*other)) kept = source;
         const CString& bytes = kept.IsEmpty() ? source : kept;
         const surveymsg::detail::LoadScope loading;
         CMemFile file(BytesOf(bytes), static_cast<unsigned>(bytes.GetLength()));

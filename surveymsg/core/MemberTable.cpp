@@ -130,17 +130,33 @@ int MemberTable::Copy(CMsg& message, std::uint16_t id, std::uint16_t index, void
 }
 
 int MemberTable::GetAny(CMsg& message, std::uint16_t id, std::uint16_t index, double* out) const {
-    if (!out) return 0;
-    const Member* row = Find(id, Member::Gets);
-    return row ? GetBy(*row, message, index, out) : 0;
+    for (const MemberTable* table = this; table; table = table->base_) {
+        const auto slot = static_cast<std::uint16_t>(id - table->firstId_);
+        if (slot >= kMostRows || table->slots_[slot] == 0) continue;
+        const Member& row = table->rows_[table->slots_[slot] - 1u];
+        if (row.kind != Kind::Double || row.fetch) return GetBy(row, message, index, out);
+        *out = message.*row.field.double_;
+        return 1;
+    }
+    return 0;
+}
+
+int MemberTable::GetOfElement(const Member& row, CMsg& message, std::uint16_t index, double* out) {
+    if (!(row.served & Member::Gets)) return 0;
+    int result = 1;
+    CMsg* object = row.fetch(message, index, result);
+    return object ? object->GetMemberValue(row.elementId, index, out) : result;
 }
 
 int MemberTable::GetBy(const Member& row, CMsg& message, std::uint16_t index, double* out) {
     if (!(row.served & Member::Gets)) return 0;
-    int result = 1;
-    CMsg* object = ObjectOf(row, message, index, result);
-    if (!object) return result;
-    if (row.elementId) return object->GetMemberValue(row.elementId, index, out);
+    CMsg* object = &message;
+    if (row.elementId) return GetOfElement(row, message, index, out);
+    if (row.fetch) {
+        int result = 1;
+        object = row.fetch(message, index, result);
+        if (!object) return result;
+    }
     VisitField(row, *object, [out](auto& field) {
         if constexpr (!std::is_same_v<decltype(field), CString&>) *out = field;
     });

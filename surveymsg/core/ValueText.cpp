@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <cstring>
 #include <ctime>
 #include <limits>
 #include <optional>
@@ -162,12 +163,13 @@ void TurnHemisphere(CString& text) {
         text.SetAt(north, 'S');
     else
         return;
-    const int minus = text.Find("-");
-    if (minus < 0) return;
-    const int length = text.GetLength();
-    char* start = text.GetBuffer(length);
-    std::copy(start + minus + 1, start + length, start + minus);
-    text.ReleaseBuffer(length - 1);
+    const std::string_view signedText = text.View();
+    const std::size_t minus = signedText.find('-');
+    if (minus == std::string_view::npos) return;
+    const std::string_view behind = signedText.substr(minus + 1);
+    char* start = text.GetBuffer(0);
+    std::memmove(start + minus, behind.data(), behind.size());
+    text.ReleaseBuffer(static_cast<int>(minus + behind.size()));
 }
 
 }  // namespace

@@ -5,11 +5,10 @@
 #include <new>
 
 namespace surveymsg::detail {
-namespace {
 
-// What the thread lends, or null before the first use. A pointer and no object: a destructor here would keep
-// the library in the process as long as the thread lives, and unloading it would retire nothing.
-thread_local CString* threadReserve = nullptr;
+constinit thread_local CString* threadReserve = nullptr;
+
+namespace {
 
 class ThreadEnd {
 public:
@@ -44,34 +43,6 @@ ThreadEnd threadEnd;
 
 }  // namespace
 
-BodyReserve::BodyReserve(CString& body, int capacity) : body_(body) {
-    if (!threadReserve) threadReserve = threadEnd.Make();
-    if (threadReserve) other_.Swap(*threadReserve);
-    other_.GetBuffer(capacity);
-    body_.Swap(other_);
-}
-
-void BodyReserve::Keep(int length) {
-    constexpr int kLittle = 64 * 1024;
-    isKept_ = true;
-    body_.ReleaseBuffer(length);
-    if (length > kLittle) return;
-    other_.Assign(body_, length);
-    body_.Swap(other_);
-}
-
-void BodyReserve::Restore() {
-    isKept_ = true;
-    body_.Swap(other_);
-}
-
-BodyReserve::~BodyReserve() {
-    if (!isKept_) {
-        Restore();
-        body_.Empty();
-    }
-    other_.Empty();
-    if (threadReserve) other_.Swap(*threadReserve);
-}
+void MakeThreadReserve() { threadReserve = threadEnd.Make(); }
 
 }  // namespace surveymsg::detail

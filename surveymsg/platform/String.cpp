@@ -36,20 +36,9 @@ void CString::Grow(std::uint32_t capacity) {
     capacity_ = capacity;
 }
 
-char* CString::GetBuffer(int minimum) {
-    if (minimum > 0 && static_cast<std::uint32_t>(minimum) > capacity_) Grow(static_cast<std::uint32_t>(minimum));
-    return Data();
-}
-
-void CString::ReleaseBuffer(int length) {
-    std::uint32_t stored;
-    if (length < 0) {
-        const void* end = std::memchr(Data(), '\0', std::size_t{capacity_} + 1);
-        stored = end ? static_cast<std::uint32_t>(static_cast<const char*>(end) - Data()) : capacity_;
-    } else {
-        stored = std::min(static_cast<std::uint32_t>(length), capacity_);
-    }
-    SetLength(stored);
+std::uint32_t CString::LengthToTerminator() const {
+    const void* end = std::memchr(Data(), '\0', std::size_t{capacity_} + 1);
+    return end ? static_cast<std::uint32_t>(static_cast<const char*>(end) - Data()) : capacity_;
 }
 
 CString& CString::Append(const char* text, int length) {

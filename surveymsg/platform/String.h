@@ -60,7 +60,10 @@ public:
     /// Storage for at least `minimum` characters and a terminator, holding the present text; what lies
     /// behind the text has no defined content: it costs no filling. `ReleaseBuffer` must follow before the
     /// text is used again.
-    char* GetBuffer(int minimum);
+    char* GetBuffer(int minimum) {
+        if (minimum > 0 && static_cast<std::uint32_t>(minimum) > capacity_) Grow(static_cast<std::uint32_t>(minimum));
+        return Data();
+    }
     /// The text becomes `length` characters of storage for the caller to fill at once.
     char* SetBuffer(int length) {
         if (static_cast<std::uint32_t>(length) > capacity_) GetBuffer(length);
@@ -69,7 +72,10 @@ public:
     }
     /// Ends `GetBuffer`: the text has `length` characters, or, for -1, those up to the first
     /// terminator. A length above the storage means all of the storage.
-    void ReleaseBuffer(int length = -1);
+    void ReleaseBuffer(int length = -1) {
+        const auto stored = length < 0 ? LengthToTerminator() : static_cast<std::uint32_t>(length);
+        SetLength(stored < capacity_ ? stored : capacity_);
+    }
 
     void Swap(CString& other) noexcept {
         char bytes[sizeof *this];  // a text does not point into itself
@@ -96,6 +102,7 @@ private:
     void FreeHeap();
     void AssignGrown(const char* text, int length);
     void Grow(std::uint32_t capacity);
+    std::uint32_t LengthToTerminator() const;
 
     std::uint32_t length_ = 0;
     std::uint32_t capacity_ = kInlineLength;  // characters, without the terminator

@@ -120,8 +120,10 @@ public:
     /// of the instructions where the table is known.
     int Get(CMsg& message, std::uint16_t id, std::uint16_t index, double* out) const {
         const auto slot = static_cast<std::uint16_t>(id - firstId_);
-        if (!out || slot >= kMostRows || slots_[slot] == 0) return GetAny(message, id, index, out);
+        if (!out) return 0;
+        if (slot >= kMostRows || slots_[slot] == 0) return base_ ? base_->GetAny(message, id, index, out) : 0;
         const Member& row = rows_[slots_[slot] - 1u];
+        if (row.elementId) return GetOfElement(row, message, index, out);
         if (row.kind != Kind::Double || row.fetch) return GetBy(row, message, index, out);
         *out = message.*row.field.double_;
         return 1;
@@ -152,6 +154,7 @@ private:
     }
     const Member* Find(std::uint16_t id, Member::Operation operation) const;
     int GetAny(CMsg& message, std::uint16_t id, std::uint16_t index, double* out) const;
+    static int GetOfElement(const Member& row, CMsg& message, std::uint16_t index, double* out);
     static int GetBy(const Member& row, CMsg& message, std::uint16_t index, double* out);
 
     std::span<const Member> rows_;

@@ -4,6 +4,11 @@
 
 namespace surveymsg::detail {
 
+/// What the thread lends, or null before the first use. A pointer and no object: a destructor here would
+/// keep the library in the process as long as the thread lives, and unloading it would retire nothing.
+extern constinit thread_local CString* threadReserve;
+void MakeThreadReserve();  ///< leaves it null if nothing can be kept for the thread
+
 /// Lends a body the thread's reserve for as long as this lives, so that a message of the largest size can be
 /// written straight into the body's storage, and goes on without the reserve.
 ///
@@ -15,16 +20,38 @@ namespace surveymsg::detail {
 /// again needs no heap, and nothing holds 120 KB for 100 bytes. A larger content stays where it is.
 class BodyReserve {
 public:
-    BodyReserve(CString& body, int capacity);
+    BodyReserve(CString& body, int capacity) : body_(body) {
+        if (!threadReserve) MakeThreadReserve();
+        if (threadReserve) other_.Swap(*threadReserve);
+        other_.GetBuffer(capacity);
+        body_.Swap(other_);
+    }
     BodyReserve(const BodyReserve&) = delete;
     BodyReserve& operator=(const BodyReserve&) = delete;
-    ~BodyReserve();
+    ~BodyReserve() {
+        if (!isKept_) {
+            Restore();
+            body_.Empty();
+        }
+        other_.Empty();
+        if (threadReserve) other_.Swap(*threadReserve);
+    }
 
     char* Storage() { return body_.GetBuffer(0); }
     /// The body's content is the first `length` bytes of the storage.
-    void Keep(int length);
+    void Keep(int length) {
+        constexpr int kLittle = 64 * 1024;
+        isKept_ = true;
+        body_.ReleaseBuffer(length);
+        if (length > kLittle) return;
+        other_.Assign(body_, length);
+        body_.Swap(other_);
+    }
     /// The body's content is what it was before.
-    void Restore();
+    void Restore() {
+        isKept_ = true;
+        body_.Swap(other_);
+    }
 
 private:
     CString& body_;
