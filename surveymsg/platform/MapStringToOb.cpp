@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <cstring>
 #include <utility>
 
 #include <surveymsg/platform/detail/Memory.h>
@@ -17,18 +18,19 @@ std::size_t SlotsFor(std::size_t rows) { return std::bit_ceil(rows * 2); }
 
 }  // namespace
 
-CMapStringToOb::CMapStringToOb() = default;
-CMapStringToOb::~CMapStringToOb() = default;
-
-// Hashing starts when the map is indexed: a small one never hashes.
+// Real hashing starts when the map is indexed. A small one tells keys apart by their ends, where names differ.
 std::uint64_t CMapStringToOb::HashOf(std::string_view key) const {
-    return slots_.empty() ? 0 : surveymsg::detail::SeededHash(key);
+    if (!slots_.empty()) return surveymsg::detail::SeededHash(key);
+    std::uint64_t end = 0;
+    const std::size_t length = std::min(key.size(), sizeof end);
+    std::memcpy(&end, key.data() + key.size() - length, length);
+    return end;
 }
 
 std::uint32_t CMapStringToOb::Find(std::string_view key, std::uint64_t hash) const {
     if (slots_.empty()) {
         for (std::size_t row = 0; row < rows_.size(); ++row)
-            if (rows_[row].key.View() == key) return static_cast<std::uint32_t>(row);
+            if (rows_[row].hash == hash && rows_[row].key.View() == key) return static_cast<std::uint32_t>(row);
         return kNone;
     }
     const std::size_t mask = slots_.size() - 1;
@@ -46,6 +48,7 @@ void CMapStringToOb::Index(std::uint32_t row) {
 }
 
 void CMapStringToOb::Reindex() {
+    slots_.reserve(SlotsFor(rows_.size()));  // what may fail comes before the rows change their hashes
     if (slots_.empty())
         for (Row& row : rows_) row.hash = surveymsg::detail::SeededHash(row.key.View());
     slots_.assign(SlotsFor(rows_.size()), kNone);

@@ -16,10 +16,10 @@ using POSITION = PositionTag*;  ///< a place in a walk over a map; null ends the
 /// keys a sender chooses: the hash of each process is its own.
 class SURVEYMSG_API CMapStringToOb {
 public:
-    CMapStringToOb();
+    CMapStringToOb() = default;
     CMapStringToOb(const CMapStringToOb&) = delete;
     CMapStringToOb& operator=(const CMapStringToOb&) = delete;
-    ~CMapStringToOb();
+    ~CMapStringToOb() = default;
 
     int GetCount() const { return static_cast<int>(rows_.size()); }
     bool IsEmpty() const { return rows_.empty(); }
@@ -41,7 +41,7 @@ private:
     struct Row {
         CString key;
         CObject* value;
-        std::uint64_t hash;  // of the key, once the map is indexed
+        std::uint64_t hash;  // of the key; a cheap one until the map is indexed
     };
     static constexpr std::uint32_t kNone = 0xFFFFFFFF;
 
