@@ -78,10 +78,11 @@ public:
     }
 
     void Swap(CString& other) noexcept {
-        char bytes[sizeof *this];  // a text does not point into itself
-        std::memcpy(bytes, static_cast<void*>(this), sizeof bytes);
-        std::memcpy(static_cast<void*>(this), static_cast<void*>(&other), sizeof bytes);
-        std::memcpy(static_cast<void*>(&other), bytes, sizeof bytes);
+        // In the sizes in which the parts were written: a wider read has to wait for their stores.
+        SwapBytes<sizeof length_>(&length_, &other.length_);
+        SwapBytes<sizeof capacity_>(&capacity_, &other.capacity_);
+        SwapBytes<sizeof heap_>(inline_, other.inline_);
+        SwapBytes<sizeof inline_ - sizeof heap_>(inline_ + sizeof heap_, other.inline_ + sizeof heap_);
     }
 
     /// Characters that need no heap.
@@ -89,6 +90,13 @@ public:
 
 private:
     static int LengthOf(const char* text) { return text ? static_cast<int>(std::strlen(text)) : 0; }
+    template <std::size_t N>
+    static void SwapBytes(void* a, void* b) {
+        char bytes[N];
+        std::memcpy(bytes, a, N);
+        std::memcpy(a, b, N);
+        std::memcpy(b, bytes, N);
+    }
     bool IsInline() const { return capacity_ == kInlineLength; }
     char* Data() { return IsInline() ? inline_ : heap_; }
     const char* Data() const { return IsInline() ? inline_ : heap_; }

@@ -16,7 +16,7 @@ void MakeThreadReserve();  ///< leaves it null if nothing can be kept for the th
 ///     ... write at reserve.Storage() ...
 ///     reserve.Keep(length);                    // else the body is empty at the end
 ///
-/// Keeping moves a content of up to 64 KB into the storage that the body had before: writing it again and
+/// Keeping moves a content of up to 16 KB into the storage that the body had before: writing it again and
 /// again needs no heap, and nothing holds 120 KB for 100 bytes. A larger content stays where it is.
 class BodyReserve {
 public:
@@ -40,7 +40,7 @@ public:
     char* Storage() { return body_.GetBuffer(0); }
     /// The body's content is the first `length` bytes of the storage.
     void Keep(int length) {
-        constexpr int kLittle = 64 * 1024;
+        constexpr int kLittle = 16 * 1024;
         isKept_ = true;
         body_.ReleaseBuffer(length);
         if (length > kLittle) return;
