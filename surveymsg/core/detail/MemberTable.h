@@ -140,7 +140,6 @@ public:
     void CopyFields(CMsg& source, CMsg& target) const;
 
     std::span<const Member> Rows() const { return rows_; }
-    const MemberTable* Base() const { return base_; }
 
 private:
     static constexpr std::size_t kMostRows = 32;
