@@ -75,8 +75,8 @@ constexpr std::uint64_t kPowers[kMostDecimals + 1] = {1,      10,      100,     
 __extension__ using Wide = unsigned __int128;
 
 // A number below 10^9 times a power of ten, as a whole number: the exact value of the double rounded to
-// nearest, ties to even, as printf has it. A tenth of the cost of the general way, and nearly all numbers
-// of this field are of this kind. False for the others.
+// nearest, ties to even, as printf has it. Cheaper than the general way, and nearly all numbers of
+// this field are of this kind. False for the others.
 bool ScaleExactly(double magnitude, int decimals, std::uint64_t& scaled) {
     constexpr double kMost = 1e9;
     constexpr int kMantissaBits = 52;
@@ -247,7 +247,7 @@ void AppendNumber(TextBuffer& out, const Conversion& conversion, double value) {
     if (AppendFixed(out, conversion, value, printed)) return;
     if (conversion.IsInteger()) return AppendInteger(out, conversion, ToInteger(value), false);
     const char type = conversion.type;
-    // The standard conversions in the "C" form, at a fifth of printf's cost. Infinities and the rest go to
+    // The standard conversions in the "C" form, cheaper than by printf. Infinities and the rest go to
     // printf, which knows their padding.
     if (!std::isfinite(value) || conversion.alternate || type == 'a' || type == 'A')
         return AppendPrinted(out, conversion, "", value);

@@ -249,7 +249,7 @@ void SetDate(std::tm& calendar, int days) {
     calendar.tm_year = era * 400 + yearOfEra + (month < 10 ? 0 : 1) - 1900;
 }
 
-// The common conversions, which strftime takes four times as long for. Gives the length, or nothing if
+// The common conversions, without the detour through strftime. Gives the length, or nothing if
 // the format holds anything else or needs more room.
 std::optional<std::size_t> FormatCommon(char (&text)[kCalendarText], const char* format, std::int32_t seconds) {
     constexpr int kDay = 86400;

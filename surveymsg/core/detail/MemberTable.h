@@ -116,8 +116,8 @@ public:
     int List(CPtrArray* rows) const;
     int Format(CMsg& message, std::uint16_t id, std::uint16_t index, const char* format, CString* out) const;
     int Copy(CMsg& message, std::uint16_t id, std::uint16_t index, void* out) const;
-    /// In the header for the sake of a double of the class itself, by far the most members: it takes a fifth
-    /// of the instructions where the table is known.
+    /// In the header for the sake of a double of the class itself, by far the most members: where the
+    /// table is known the compiler leaves little of the search.
     int Get(CMsg& message, std::uint16_t id, std::uint16_t index, double* out) const {
         const auto slot = static_cast<std::uint16_t>(id - firstId_);
         if (!out) return 0;
