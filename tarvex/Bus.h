@@ -1,6 +1,8 @@
 #pragma once
 
 #include <cstdint>
+#include <string_view>
+#include <vector>
 
 #include "surveymsg/outside/Tarvex.h"
 #include "tarvex/Keys.h"
@@ -35,7 +37,15 @@ public:
     virtual int Wait(std::uint32_t milliseconds) = 0;
     virtual int Read(ReadBuffers& buffers) = 0;
     virtual int QueryFormat(const Address& pattern, void* buffer, std::uint32_t bufferSize, std::uint32_t& needed) = 0;
+
+    /// Whether threads of its own have started, which a forked child does not have.
+    virtual bool HasThreads() const { return false; }
+    /// The process ends: what was accepted leaves it.
+    virtual void End() {}
 };
+
+/// Answers a query with the format that was found, empty for none, as the contract says.
+int AnswerFormat(const std::vector<char>& format, void* buffer, std::uint32_t bufferSize, std::uint32_t& needed);
 
 /// The bus of this process, chosen at the first call by `TARVEX_URL`. Null, with the last error value
 /// set, if the environment names one that there is not.

@@ -1,11 +1,9 @@
 #pragma once
 
-#include <mutex>
-#include <vector>
-
 #include "tarvex/Bus.h"
 #include "tarvex/Identity.h"
-#include "tarvex/Inbox.h"
+#include "tarvex/Publications.h"
+#include "tarvex/ReaderSide.h"
 
 namespace tarvex {
 
@@ -13,7 +11,7 @@ namespace tarvex {
 /// thread, no socket.
 class EmbeddedBus : public Bus {
 public:
-    explicit EmbeddedBus(Identity identity) : identity_(std::move(identity)) {}
+    explicit EmbeddedBus(Identity identity) : identity_(std::move(identity)), publications_(identity_) {}
 
     int Subscribe(const Address& pattern, std::uint16_t value) override;
     int Unsubscribe(const Address& pattern) override;
@@ -21,28 +19,14 @@ public:
                 std::uint16_t formatSize) override;
     int Unpublish(std::string_view msgKey, std::string_view identifier) override;
     int Send(std::string_view msgKey, std::string_view identifier, const void* bytes, std::uint32_t count) override;
-    int Wait(std::uint32_t milliseconds) override;
-    int Read(ReadBuffers& buffers) override;
+    int Wait(std::uint32_t milliseconds) override { return reader_.Wait(milliseconds); }
+    int Read(ReadBuffers& buffers) override { return reader_.Read(buffers); }
     int QueryFormat(const Address& pattern, void* buffer, std::uint32_t bufferSize, std::uint32_t& needed) override;
 
 private:
-    struct Publication {
-        std::string msgKey;
-        std::string identifier;
-        std::vector<char> format;
-    };
-
-    Address Own(std::string_view msgKey, std::string_view identifier) const {
-        return {identity_.node, identity_.task, identity_.number, msgKey, identifier};
-    }
-    std::vector<Publication>::iterator FindPublication(std::string_view msgKey, std::string_view identifier);
-    bool IsWanted(const Address& address) const;
-
     const Identity identity_;
-    std::mutex mutex_;  // the two lists; also keeps a sender's messages in order
-    std::vector<OwnedAddress> subscriptions_;
-    std::vector<Publication> publications_;
-    Inbox inbox_;
+    Publications publications_;
+    ReaderSide reader_;
 };
 
 }  // namespace tarvex

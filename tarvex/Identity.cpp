@@ -6,8 +6,6 @@
 #include <charconv>
 #include <cstdlib>
 
-#include "tarvex/Keys.h"
-
 namespace tarvex {
 namespace {
 

@@ -46,37 +46,74 @@ bool Inbox::Push(Message message) {
     return true;
 }
 
-bool Inbox::Wait(std::uint32_t milliseconds) {
-    constexpr std::uint32_t kForEver = 0xFFFFFFFF;
-    std::unique_lock lock(mutex_);
-    if (!messages_.empty()) return true;
-    if (milliseconds == 0) return false;
-    const auto arrived = [this] { return !messages_.empty(); };
-    ++waiting_;
-    bool found = true;
-    if (milliseconds == kForEver)
-        arrived_.wait(lock, arrived);
-    else
-        found = arrived_.wait_for(lock, std::chrono::milliseconds(milliseconds), arrived);
-    --waiting_;
-    return found;
+bool Inbox::HasRoom() {
+    const std::lock_guard lock(mutex_);
+    return messages_.size() <= kMostMessages / 2 && bytes_ <= kMostBytes / 2;
 }
 
-bool Inbox::Read(const std::function<bool(const Message&)>& take) {
+void Inbox::NoteLoss() {
+    {
+        const std::lock_guard lock(mutex_);
+        const std::uint64_t place = taken_ + messages_.size();
+        if (!losses_.empty() && losses_.back() == place) return;
+        losses_.push_back(place);
+    }
+    arrived_.notify_one();
+}
+
+Inbox::Found Inbox::Wait(std::uint32_t milliseconds) {
+    constexpr std::uint32_t kForEver = 0xFFFFFFFF;
+    std::unique_lock lock(mutex_);
+    const auto arrived = [this] { return !messages_.empty() || IsLossNext(); };
+    if (milliseconds != 0 && !arrived()) {
+        ++waiting_;
+        if (milliseconds == kForEver)
+            arrived_.wait(lock, arrived);
+        else
+            arrived_.wait_for(lock, std::chrono::milliseconds(milliseconds), arrived);
+        --waiting_;
+    }
+    if (IsLossNext()) {
+        losses_.pop_front();
+        return Found::Loss;
+    }
+    return messages_.empty() ? Found::Nothing : Found::Message;
+}
+
+Inbox::Found Inbox::Read(const std::function<bool(const Message&)>& take) {
     const std::lock_guard lock(mutex_);
-    if (messages_.empty()) return false;
+    if (IsLossNext()) {
+        losses_.pop_front();
+        return Found::Loss;
+    }
+    if (messages_.empty()) return Found::Nothing;
     if (take(messages_.front())) {
         bytes_ -= messages_.front().Bytes();
         messages_.pop_front();
+        ++taken_;
     }
-    return true;
+    return Found::Message;
 }
 
 void Inbox::Keep(const std::function<bool(const Address&)>& wanted) {
     const std::lock_guard lock(mutex_);
-    std::erase_if(messages_, [&](const Message& message) { return !wanted(message.Keys()); });
+    std::deque<Message> kept;
+    std::uint64_t place = taken_;
+    std::uint64_t dropped = 0;
+    auto loss = losses_.begin();
     bytes_ = 0;
-    for (const Message& message : messages_) bytes_ += message.Bytes();
+    for (Message& message : messages_) {
+        for (; loss != losses_.end() && *loss == place; ++loss) *loss -= dropped;
+        ++place;
+        if (!wanted(message.Keys())) {
+            ++dropped;
+            continue;
+        }
+        bytes_ += message.Bytes();
+        kept.push_back(std::move(message));
+    }
+    for (; loss != losses_.end(); ++loss) *loss -= dropped;
+    messages_ = std::move(kept);
 }
 
 }  // namespace tarvex

@@ -38,20 +38,33 @@ public:
     static constexpr std::size_t kMostMessages = 65536;
     static constexpr std::size_t kMostBytes = 256u << 20;
 
+    enum class Found {
+        Message,
+        Nothing,
+        Loss,  ///< messages were lost here; told once
+    };
+
     /// False if the queue is full.
     bool Push(Message message);
-    /// Whether there is a message, after at most `milliseconds`; 0xFFFFFFFF waits for ever.
-    bool Wait(std::uint32_t milliseconds);
-    /// Hands the oldest message to `take`, which says whether it is done with; if not, it stays. False if
-    /// there is none.
-    bool Read(const std::function<bool(const Message&)>& take);
+    /// Whether half of the queue is free.
+    bool HasRoom();
+    /// Messages were lost between those in the queue and those to come.
+    void NoteLoss();
+    /// What is next, after at most `milliseconds`; 0xFFFFFFFF waits for ever.
+    Found Wait(std::uint32_t milliseconds);
+    /// Hands the oldest message to `take`, which says whether it is done with; if not, it stays.
+    Found Read(const std::function<bool(const Message&)>& take);
     /// Drops the messages that `wanted` does not want.
     void Keep(const std::function<bool(const Address&)>& wanted);
 
 private:
+    bool IsLossNext() const { return !losses_.empty() && losses_.front() == taken_; }
+
     std::mutex mutex_;
     std::condition_variable arrived_;
     std::deque<Message> messages_;
+    std::uint64_t taken_ = 0;           // messages that have left the queue
+    std::deque<std::uint64_t> losses_;  // how many have left when a loss is to be told, ascending
     std::size_t bytes_ = 0;
     int waiting_ = 0;
 };

@@ -1,5 +1,7 @@
 #include "tarvex/Keys.h"
 
+#include <algorithm>
+#include <array>
 #include <charconv>
 #include <cstring>
 
@@ -12,25 +14,14 @@ constexpr std::string_view kAny = "*";
 
 bool TextMatches(std::string_view pattern, std::string_view text) { return pattern == text || pattern == kAny; }
 
-bool NeedsEscape(char c) {
-    const auto byte = static_cast<unsigned char>(c);
-    return byte <= 0x20 || byte == 0x7F || std::strchr(".*>%\"\\", c);
-}
+constexpr std::array<bool, 256> kNeedsEscape = [] {
+    std::array<bool, 256> table{};
+    for (int byte = 0; byte <= 0x20; ++byte) table[static_cast<std::size_t>(byte)] = true;
+    for (const unsigned char byte : {'\x7F', '.', '*', '>', '%', '"', '\\'}) table[byte] = true;
+    return table;
+}();
 
-void AppendToken(std::string& out, std::string_view text) {
-    constexpr char kDigits[] = "0123456789ABCDEF";
-    if (text.empty()) out += kEscape;
-    for (const char c : text) {
-        if (!NeedsEscape(c)) {
-            out += c;
-            continue;
-        }
-        const auto byte = static_cast<unsigned char>(c);
-        out += kEscape;
-        out += kDigits[byte >> 4];
-        out += kDigits[byte & 0xF];
-    }
-}
+bool NeedsEscape(char c) { return kNeedsEscape[static_cast<unsigned char>(c)]; }
 
 // Undoes the escapes of the token at `text` in place. False if there is no sound token.
 bool ParseToken(char* text, char* end, std::string_view& token) {
@@ -68,6 +59,21 @@ OwnedAddress::OwnedAddress(const Address& address)
       number_(address.number),
       msgKey_(address.msgKey),
       identifier_(address.identifier) {}
+
+void AppendToken(std::string& out, std::string_view key) {
+    constexpr char kDigits[] = "0123456789ABCDEF";
+    if (key.empty()) out += kEscape;
+    while (!key.empty()) {
+        const auto plain = static_cast<std::size_t>(std::find_if(key.begin(), key.end(), NeedsEscape) - key.begin());
+        out.append(key, 0, plain);
+        if (plain == key.size()) return;
+        const auto byte = static_cast<unsigned char>(key[plain]);
+        out += kEscape;
+        out += kDigits[byte >> 4];
+        out += kDigits[byte & 0xF];
+        key.remove_prefix(plain + 1);
+    }
+}
 
 void AppendKeyText(std::string& out, const Address& address) {
     AppendToken(out, address.node);

@@ -50,6 +50,9 @@ private:
 //
 // So POS/Vessel 1 reads POS/Vessel%201. On reading, a wildcard may stand as a bare "*".
 
+/// Appends the token of one key.
+void AppendToken(std::string& out, std::string_view key);
+
 /// Appends the key text of `address`.
 void AppendKeyText(std::string& out, const Address& address);
 

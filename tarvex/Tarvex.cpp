@@ -2,13 +2,18 @@
 
 #include "surveymsg/outside/Tarvex.h"
 
+#include <pthread.h>
+
+#include <atomic>
 #include <cstring>
+#include <mutex>
 #include <new>
 #include <string>
 
 #include "tarvex/Bus.h"
 #include "tarvex/EmbeddedBus.h"
 #include "tarvex/LastError.h"
+#include "tarvex/nats/NatsBus.h"
 
 namespace tarvex {
 namespace {
@@ -22,11 +27,50 @@ struct Choice {
 
 Choice ChooseBus() {
     const std::string url = Setting("TARVEX_URL", "inproc:");
-    if (url != "inproc:") return {nullptr, TvxErrorNotConnected};
     auto identity = ReadIdentity();
     if (!identity) return {nullptr, TvxErrorInvalid};
-    return {new EmbeddedBus(std::move(*identity)), TvxErrorInvalid};
+    if (url == "inproc:") return {new EmbeddedBus(std::move(*identity)), TvxErrorInvalid};
+    auto engine = ReadEngineSettings(url);
+    if (!engine) return {nullptr, TvxErrorInvalid};
+    return {new NatsBus(std::move(*identity), std::move(*engine)), TvxErrorInvalid};
 }
+
+// The bus is never destroyed: a program's last objects may still send while it ends, and other threads may
+// be in a call. It ends with this library, behind all that link it.
+std::atomic<Choice*> chosen = nullptr;
+std::mutex choosing;
+
+Choice& TheChoice() {
+    if (Choice* const choice = chosen.load(std::memory_order_acquire)) return *choice;
+    const std::lock_guard lock(choosing);
+    if (!chosen) chosen = new Choice(ChooseBus());
+    return *chosen;
+}
+
+// A forked child has its parent's memory, but neither its threads nor its connection: a bus inside the
+// process starts anew there, any other is not connected.
+void LeaveParentsBus() {
+    Choice* const choice = chosen;
+    if (!choice || !choice->bus) return;
+    if (choice->bus->HasThreads())
+        *choice = {nullptr, TvxErrorNotConnected};
+    else
+        chosen = nullptr;
+}
+
+struct LibraryLife {
+    LibraryLife() {
+        pthread_atfork([] { choosing.lock(); }, [] { choosing.unlock(); },
+                       [] {
+                           choosing.unlock();
+                           LeaveParentsBus();
+                       });
+    }
+    ~LibraryLife() {
+        const Choice* const choice = chosen;
+        if (choice && choice->bus) choice->bus->End();
+    }
+} libraryLife;
 
 std::string_view OrEmpty(const char* text) { return text ? std::string_view(text) : std::string_view(); }
 
@@ -70,10 +114,16 @@ int CallWithPattern(const char* node, const char* task, uint32_t number, const c
 }  // namespace
 
 Bus* TheBus() {
-    // Never destroyed: a program's last objects may still send while it ends.
-    static const Choice choice = ChooseBus();
+    const Choice& choice = TheChoice();
     if (!choice.bus) SetLastError(choice.reason);
     return choice.bus;
+}
+
+int AnswerFormat(const std::vector<char>& format, void* buffer, std::uint32_t bufferSize, std::uint32_t& needed) {
+    needed = static_cast<std::uint32_t>(format.size());
+    if (needed > bufferSize) return Fail(TvxErrorTooSmall);
+    if (needed > 0) std::memcpy(buffer, format.data(), needed);
+    return 1;
 }
 
 }  // namespace tarvex

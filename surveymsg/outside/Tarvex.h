@@ -31,6 +31,10 @@ enum TvxError : uint32_t {
     TvxErrorNothing = 0x20000103,       ///< there is no message to read, no such subscription or pair
     TvxErrorNoMemory = 0x20000008,      ///< memory is at its end
     TvxErrorNotConnected = 0x200008CA,  ///< the bus named by the environment cannot be reached
+    TvxErrorDenied = 0x20000005,        ///< the bus's server does not permit it to this program
+    TvxErrorRefused = 0x2000001D,       ///< the bus's store does not take it
+    TvxErrorTimeout = 0x200005B4,       ///< the bus's server has not answered in time
+    TvxErrorLost = 0x20000017,          ///< messages for this reader may be missing at this place; told once
 };
 
 extern "C" {

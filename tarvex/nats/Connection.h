@@ -1,0 +1,51 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "tarvex/nats/EngineSettings.h"
+#include "tarvex/nats/EventLoop.h"
+#include "tarvex/nats/Owners.h"
+
+namespace tarvex {
+
+/// One connection to one server. It never connects again by itself: the client would send what waits before
+/// the other programs have subscribed again. Any thread may call.
+class Connection {
+public:
+    struct Handlers {
+        natsConnectionHandler closed;
+        natsErrHandler failed;
+        void* closure;
+    };
+
+    /// Tries each server in turn, at most two seconds each. Null if none serves; `why` then says so.
+    static std::shared_ptr<Connection> Open(const std::shared_ptr<EventLoop>& loop, const EngineSettings& settings,
+                                            const std::string& name, const Handlers& handlers, std::string& why);
+    ~Connection();
+
+    natsConnection* Get() const { return connection_.get(); }
+    /// True if the server has taken everything sent before. Ends when the connection does.
+    bool RoundTrip();
+    bool IsClosed() const { return natsConnection_IsClosed(Get()); }
+    /// Waits until something was written, or a moment.
+    void AwaitWrite() { loop_->AwaitWrite(); }
+    /// Whether the client holds more than is good before it is written.
+    bool IsCrowded() const { return natsConnection_Buffered(Get()) > kMostBuffered; }
+    /// The server's limit for a body and its headers.
+    std::int64_t LargestPayload() const { return largestPayload_; }
+    std::string Server() const;
+    /// The server's last word on what it does not permit; empty if there was none.
+    std::string Denial() const;
+
+private:
+    static constexpr int kMostBuffered = 1 << 20;
+
+    Connection(std::shared_ptr<EventLoop> loop, ConnectionOwner connection);
+
+    const std::shared_ptr<EventLoop> loop_;
+    const ConnectionOwner connection_;
+    const std::int64_t largestPayload_;
+};
+
+}  // namespace tarvex

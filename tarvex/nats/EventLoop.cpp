@@ -1,0 +1,175 @@
+#include "tarvex/nats/EventLoop.h"
+
+#include <linux/sockios.h>
+#include <netinet/in.h>
+#include <netinet/tcp.h>
+#include <poll.h>
+#include <pthread.h>
+#include <sys/eventfd.h>
+#include <sys/ioctl.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <chrono>
+#include <system_error>
+
+namespace tarvex {
+namespace {
+
+constexpr int kGlance = 250;  // milliseconds between two looks at a silent server
+
+std::int64_t Now() {
+    using namespace std::chrono;
+    return duration_cast<milliseconds>(steady_clock::now().time_since_epoch()).count();
+}
+
+int MakeWake() {
+    const int descriptor = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
+    if (descriptor < 0) throw std::system_error(errno, std::generic_category());
+    return descriptor;
+}
+
+}  // namespace
+
+EventLoop::EventLoop() : wake_(MakeWake()) {
+    try {
+        thread_ = std::thread([this] { Run(); });
+    } catch (...) {
+        close(wake_);
+        throw;
+    }
+}
+
+EventLoop::~EventLoop() {
+    {
+        const std::lock_guard lock(mutex_);
+        ends_ = true;
+    }
+    Wake();
+    thread_.join();
+    close(wake_);
+}
+
+natsStatus EventLoop::Serve(natsOptions* options) {
+    return natsOptions_SetEventLoop(options, this, OnAttach, OnRead, OnWrite, OnDetach);
+}
+
+void EventLoop::Wake() {
+    const std::uint64_t one = 1;
+    [[maybe_unused]] const auto written = write(wake_, &one, sizeof one);  // a full counter wakes as well
+}
+
+natsStatus EventLoop::OnAttach(void** user, void* loop, natsConnection* connection, natsSock socket) {
+    auto* self = static_cast<EventLoop*>(loop);
+    // A cut in the network is noticed while bytes wait for their acknowledgement.
+    const unsigned limit = kSilence;
+    setsockopt(socket, IPPROTO_TCP, TCP_USER_TIMEOUT, &limit, sizeof limit);
+    {
+        const std::lock_guard lock(self->mutex_);
+        self->connection_ = connection;
+        self->socket_ = socket;
+        self->reads_ = true;
+        self->writes_ = false;
+        self->heard_ = Now();
+    }
+    *user = self;
+    self->Wake();
+    return NATS_OK;
+}
+
+natsStatus EventLoop::OnRead(void* user, bool add) {
+    auto* self = static_cast<EventLoop*>(user);
+    {
+        const std::lock_guard lock(self->mutex_);
+        self->reads_ = add;
+    }
+    self->Wake();
+    return NATS_OK;
+}
+
+natsStatus EventLoop::OnWrite(void* user, bool add) {
+    auto* self = static_cast<EventLoop*>(user);
+    {
+        const std::lock_guard lock(self->mutex_);
+        if (self->writes_ == add) return NATS_OK;
+        self->writes_ = add;
+    }
+    if (add) self->Wake();
+    return NATS_OK;
+}
+
+natsStatus EventLoop::OnDetach(void* user) {
+    auto* self = static_cast<EventLoop*>(user);
+    const std::lock_guard lock(self->mutex_);
+    self->connection_ = nullptr;
+    self->socket_ = -1;
+    return NATS_OK;
+}
+
+void EventLoop::Close(natsConnection* connection) {
+    std::unique_lock lock(mutex_);
+    changed_.wait(lock, [this] { return !toClose_; });
+    toClose_ = connection;
+    Wake();
+    changed_.wait(lock, [&] { return toClose_ != connection; });
+}
+
+void EventLoop::AwaitWrite() {
+    std::unique_lock lock(mutex_);
+    written_.wait_for(lock, std::chrono::milliseconds(10));
+}
+
+void EventLoop::Expect() {
+    const std::lock_guard lock(mutex_);
+    if (expected_++ > 0) return;
+    heard_ = Now();
+    Wake();  // the loop may be in a wait without an end
+}
+
+void EventLoop::ExpectNoMore() {
+    const std::lock_guard lock(mutex_);
+    --expected_;
+}
+
+// Bytes that the other end's system has not acknowledged are watched by the system itself: a slow link with
+// a long queue is not a silent server.
+void EventLoop::CutIfSilent(int socket) {
+    int waiting = 0;
+    if (ioctl(socket, SIOCOUTQ, &waiting) == 0 && waiting == 0) shutdown(socket, SHUT_RDWR);
+}
+
+void EventLoop::Run() {
+    pthread_setname_np(pthread_self(), "tarvex-io");
+    std::unique_lock lock(mutex_);
+    while (!ends_) {
+        if (natsConnection* const closing = toClose_) {
+            lock.unlock();
+            natsConnection_Close(closing);
+            lock.lock();
+            toClose_ = nullptr;
+            changed_.notify_all();
+            continue;
+        }
+        natsConnection* const connection = connection_;
+        const short events = static_cast<short>((reads_ ? POLLIN : 0) | (writes_ ? POLLOUT : 0));
+        pollfd watched[2] = {{wake_, POLLIN, 0}, {connection ? socket_ : -1, events, 0}};
+        const bool expects = connection && expected_ > 0;
+        if (expects && Now() - heard_ > kSilence) CutIfSilent(socket_);
+        lock.unlock();
+        const int ready = poll(watched, 2, expects ? kGlance : -1);
+        if (ready > 0 && watched[0].revents) {
+            std::uint64_t count;
+            [[maybe_unused]] const auto taken = read(wake_, &count, sizeof count);
+        }
+        const bool canRead = ready > 0 && watched[1].revents & (POLLIN | POLLHUP | POLLERR);
+        const bool canWrite = ready > 0 && watched[1].revents & POLLOUT;
+        if (canRead) natsConnection_ProcessReadEvent(connection);
+        if (canWrite) natsConnection_ProcessWriteEvent(connection);
+        lock.lock();
+        if (canRead) heard_ = Now();
+        if (canWrite) written_.notify_all();
+    }
+}
+
+}  // namespace tarvex

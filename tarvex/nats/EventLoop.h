@@ -1,0 +1,62 @@
+#pragma once
+
+#include <nats/nats.h>
+
+#include <atomic>
+#include <condition_variable>
+#include <cstdint>
+#include <mutex>
+#include <thread>
+
+namespace tarvex {
+
+/// The one thread that reads and writes the connection. The engine's client has threads of its own for
+/// this, whose writer sleeps a millisecond before each write; driven from here it sends at once, and
+/// several times as much.
+class EventLoop {
+public:
+    /// Raises `std::system_error` if the system has no descriptor or thread left.
+    EventLoop();
+    ~EventLoop();
+    EventLoop(const EventLoop&) = delete;
+    EventLoop& operator=(const EventLoop&) = delete;
+
+    /// The connection made with these options will be driven. One at a time.
+    natsStatus Serve(natsOptions* options);
+    /// Closes on the loop's thread, the only one where the client does that safely, and waits for it.
+    void Close(natsConnection* connection);
+    /// Waits until something was written, or a moment.
+    void AwaitWrite();
+
+    /// While an answer is expected from a server that has taken all bytes and says nothing, the connection
+    /// is cut after `kSilence`; the client then reports it as lost. Nests.
+    void Expect();
+    void ExpectNoMore();
+    static constexpr std::int64_t kSilence = 4000;  // milliseconds
+
+private:
+    static natsStatus OnAttach(void** user, void* loop, natsConnection* connection, natsSock socket);
+    static natsStatus OnRead(void* user, bool add);
+    static natsStatus OnWrite(void* user, bool add);
+    static natsStatus OnDetach(void* user);
+
+    void Run();
+    void Wake();
+    void CutIfSilent(int socket);
+
+    const int wake_;
+    std::mutex mutex_;
+    std::condition_variable changed_;
+    std::condition_variable written_;
+    natsConnection* connection_ = nullptr;
+    int socket_ = -1;
+    bool reads_ = false;
+    bool writes_ = false;
+    natsConnection* toClose_ = nullptr;
+    bool ends_ = false;
+    int expected_ = 0;
+    std::int64_t heard_ = 0;  // when the server last said something, or was first expected to
+    std::thread thread_;
+};
+
+}  // namespace tarvex

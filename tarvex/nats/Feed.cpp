@@ -1,0 +1,321 @@
+#include "tarvex/nats/Feed.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <chrono>
+
+#include "tarvex/LastError.h"
+
+namespace tarvex {
+namespace {
+
+constexpr std::int64_t kNanoseconds = 1000000000;
+constexpr std::int64_t kDeduplication = 600 * kNanoseconds;  // longer than any cut that a server restart makes
+constexpr std::int64_t kKept = 24 * 3600 * kNanoseconds;     // in a stream of our own making
+constexpr std::int64_t kHeartbeat = kNanoseconds;
+constexpr std::int64_t kSilence = 4000;  // milliseconds without a heartbeat: the delivery is gone
+constexpr std::int64_t kApiWait = 3000;  // milliseconds for an answer of the store
+constexpr std::uint16_t kAllHistory = 0xFFFF;
+
+using ContextOwner = std::unique_ptr<jsCtx, Destroy<jsCtx_Destroy>>;
+using StreamInfoOwner = std::unique_ptr<jsStreamInfo, Destroy<jsStreamInfo_Destroy>>;
+using ConsumerInfoOwner = std::unique_ptr<jsConsumerInfo, Destroy<jsConsumerInfo_Destroy>>;
+
+std::int64_t Now() {
+    using namespace std::chrono;
+    return duration_cast<milliseconds>(steady_clock::now().time_since_epoch()).count();
+}
+
+ContextOwner Store(Connection& connection) {
+    jsOptions options;
+    jsOptions_Init(&options);
+    options.Wait = kApiWait;
+    jsCtx* made = nullptr;
+    natsConnection_JetStream(&made, connection.Get(), &options);
+    return ContextOwner(made);
+}
+
+// The places that a delivered message's reply subject tells:
+//     $JS.ACK.<stream>.<consumer>.<times>.<in the stream>.<in the delivery>.<time>.<pending>
+// with two words more behind ACK, and maybe one at the end, from newer servers.
+bool ReadPlaces(const char* reply, std::uint64_t& inStream, std::uint64_t& inDelivery) {
+    if (!reply) return false;
+    std::array<std::string_view, 12> words;
+    std::size_t count = 0;
+    for (std::string_view rest = reply; count < words.size();) {
+        const std::size_t dot = rest.find('.');
+        words[count++] = rest.substr(0, dot);
+        if (dot == std::string_view::npos) break;
+        rest.remove_prefix(dot + 1);
+    }
+    if (count < 9 || words[0] != "$JS" || words[1] != "ACK") return false;
+    const std::size_t at = count >= 11 ? 7 : 5;
+    const auto read = [](std::string_view word, std::uint64_t& number) {
+        const auto [parsed, error] = std::from_chars(word.data(), word.data() + word.size(), number);
+        return error == std::errc{} && parsed == word.data() + word.size() && number != 0;
+    };
+    return read(words[at], inStream) && read(words[at + 1], inDelivery);
+}
+
+const char* Header(natsMsg* message, const char* name) {
+    const char* value = nullptr;
+    return natsMsgHeader_Get(message, name, &value) == NATS_OK ? value : nullptr;
+}
+
+}  // namespace
+
+Feed::Feed(const EngineSettings& settings, const Subjects& subjects, const std::string& run, ReaderSide& reader,
+           Journal& journal)
+    : settings_(settings),
+      subjects_(subjects),
+      deliverHead_("_INBOX." + run + ".d."),
+      reader_(reader),
+      journal_(journal) {}
+
+bool Feed::FindStream(Connection& connection) {
+    Stream stream;
+    if (GetStream(connection, stream)) return true;
+    const ContextOwner store = Store(connection);
+    const std::string subjects = subjects_.AllMessages();
+    const char* const list[] = {subjects.c_str()};
+    jsStreamConfig config;
+    jsStreamConfig_Init(&config);
+    config.Name = settings_.stream.c_str();
+    config.Subjects = const_cast<const char**>(list);
+    config.SubjectsLen = 1;
+    config.MaxAge = kKept;
+    config.Duplicates = kDeduplication;
+    if (store && js_AddStream(nullptr, store.get(), &config, nullptr, nullptr) == NATS_OK) return true;
+    natsStatus status = NATS_OK;
+    const char* const why = nats_GetLastError(&status);
+    journal_.Tell("the stream " + settings_.stream + " cannot be used: " + (why ? why : natsStatus_GetText(status)));
+    return Fail(TvxErrorRefused) != 0;
+}
+
+bool Feed::GetStream(Connection& connection, Stream& stream) {
+    const ContextOwner store = Store(connection);
+    jsStreamInfo* made = nullptr;
+    if (!store || js_GetStreamInfo(&made, store.get(), settings_.stream.c_str(), nullptr, nullptr) != NATS_OK)
+        return false;
+    const StreamInfoOwner info(made);
+    stream = {info->State.FirstSeq, info->State.LastSeq};
+    return true;
+}
+
+// The store finds the place for a consumer that nobody will read.
+bool Feed::PlaceOfTime(Connection& connection, std::uint16_t seconds, std::uint64_t& place) {
+    const ContextOwner store = Store(connection);
+    jsConsumerConfig config;
+    jsConsumerConfig_Init(&config);
+    config.DeliverPolicy = js_DeliverByStartTime;
+    config.OptStartTime = nats_NowInNanoSeconds() - seconds * kNanoseconds;
+    config.AckPolicy = js_AckNone;
+    const std::string deliver = deliverHead_ + "t" + std::to_string(++serial_);
+    config.DeliverSubject = deliver.c_str();
+    config.InactiveThreshold = kNanoseconds;
+    config.MemoryStorage = true;
+    jsConsumerInfo* made = nullptr;
+    if (!store || js_AddConsumer(&made, store.get(), settings_.stream.c_str(), &config, nullptr, nullptr) != NATS_OK)
+        return false;
+    const ConsumerInfoOwner info(made);
+    place = info->Delivered.Stream + 1;
+    js_DeleteConsumer(store.get(), settings_.stream.c_str(), info->Name, nullptr, nullptr);
+    return true;
+}
+
+bool Feed::Add(Connection& connection, const Address& pattern, std::uint16_t history) {
+    const std::lock_guard asking(asking_);
+    Stream stream;
+    bool isKnown = GetStream(connection, stream);
+    std::uint64_t place = stream.last + 1;
+    if (history == kAllHistory)
+        place = stream.first;
+    else if (history > 0)
+        isKnown = isKnown && PlaceOfTime(connection, history, place);
+    if (!isKnown) return Fail(TvxErrorTimeout) != 0;
+    bool isServed;
+    {
+        const std::lock_guard lock(mutex_);
+        if (!current_ && !reader_.FirstWanted()) position_ = place - 1;  // the first of all
+        reader_.MoveOn(position_ + 1);
+        if (!reader_.Add(pattern, place)) return true;
+        isServed = current_ && place > position_ && filter_ == Filter();
+    }
+    if (isServed || Restart(connection)) return true;
+    reader_.Remove(pattern);
+    return Fail(TvxErrorTimeout) != 0;
+}
+
+void Feed::Narrow(Connection* connection) {
+    const std::lock_guard asking(asking_);
+    if (reader_.FirstWanted()) return;
+    {
+        const std::lock_guard lock(mutex_);
+        current_ = nullptr;
+    }
+    std::vector<SubscriptionOwner> ended;
+    ended.push_back(std::move(subscription_));
+    EndSubscription(connection, std::move(ended));
+}
+
+bool Feed::Renew(Connection& connection) {
+    if (!FindStream(connection)) return false;
+    const std::lock_guard asking(asking_);
+    return GoOn(connection);
+}
+
+// Wants `asking_`. What was taken is wanted no more.
+bool Feed::GoOn(Connection& connection) {
+    {
+        const std::lock_guard lock(mutex_);
+        reader_.MoveOn(position_ + 1);
+    }
+    return !reader_.FirstWanted() || Restart(connection);
+}
+
+// The store filters by one subject only: that of the pair if there is but one, and if its bytes survive the
+// text form of a request.
+std::string Feed::Filter() const {
+    const auto pair = reader_.CommonPair();
+    if (!pair) return subjects_.AllMessages();
+    const std::string subject = subjects_.Pattern(pair->View());
+    const bool isAscii = std::all_of(subject.begin(), subject.end(), [](char c) { return (c & 0x80) == 0; });
+    return isAscii ? subject : subjects_.AllMessages();
+}
+
+// Wants `asking_`.
+bool Feed::Restart(Connection& connection) {
+    {
+        const std::lock_guard lock(mutex_);
+        current_ = nullptr;
+        isFull_ = false;
+    }
+    std::vector<SubscriptionOwner> ended;
+    ended.push_back(std::move(subscription_));
+    EndSubscription(&connection, std::move(ended));
+
+    Stream stream;
+    if (!GetStream(connection, stream)) return false;
+    std::uint64_t start = reader_.FirstWanted().value_or(stream.last + 1);
+    if (start > stream.last + 1) {
+        journal_.Tell("the stream began anew");
+        reader_.NoteLoss();
+        const std::lock_guard lock(mutex_);
+        start = stream.first;
+        position_ = start - 1;
+        reader_.MoveBack(start);
+    } else if (start < stream.first && position_ > 0) {
+        journal_.Tell("the stream no longer keeps what was missed");
+        reader_.NoteLoss();
+    }
+    const std::string deliver = deliverHead_ + std::to_string(++serial_);
+    subscription_ = AskFor(connection, deliver, {OnMessage, this});
+    if (!subscription_) return false;
+    {
+        const std::lock_guard lock(mutex_);
+        current_ = subscription_.get();
+        expected_ = 1;
+        position_ = start - 1;
+        heard_ = Now();
+    }
+    filter_ = Filter();
+    jsConsumerConfig config;
+    jsConsumerConfig_Init(&config);
+    config.DeliverPolicy = js_DeliverByStartSequence;
+    config.OptStartSeq = start;
+    config.AckPolicy = js_AckNone;
+    config.MaxDeliver = 1;
+    config.DeliverSubject = deliver.c_str();
+    config.FilterSubject = filter_.c_str();
+    config.FlowControl = true;  // a reader that stands still is not cut off by the server
+    config.Heartbeat = kHeartbeat;
+    config.MemoryStorage = true;
+    config.Replicas = 1;
+    const ContextOwner store = Store(connection);
+    if (store && js_AddConsumer(nullptr, store.get(), settings_.stream.c_str(), &config, nullptr, nullptr) == NATS_OK)
+        return true;
+    const std::lock_guard lock(mutex_);
+    BreakOff("it was refused");
+    return false;
+}
+
+void Feed::Tend(Connection& connection) {
+    bool isDue;
+    {
+        const std::lock_guard lock(mutex_);
+        if (current_ && Now() - heard_ > kSilence) BreakOff("no heartbeat");
+        isDue = !current_ && (!isFull_ || reader_.HasRoom());
+    }
+    if (!isDue) return;
+    const std::lock_guard asking(asking_);
+    GoOn(connection);
+}
+
+// Wants `mutex_`. What still comes is not taken; the keeper asks again from the first that is missing.
+void Feed::BreakOff(const char* why) {
+    journal_.Tell(std::string("the delivery from the stream broke off: ") + why);
+    current_ = nullptr;
+}
+
+void Feed::OnMessage(natsConnection* connection, natsSubscription* subscription, natsMsg* message, void* closure) {
+    const MessageOwner owner(message);
+    static_cast<Feed*>(closure)->Take(subscription, connection, message);
+}
+
+void Feed::Take(natsSubscription* subscription, natsConnection* connection, natsMsg* message) {
+    const std::lock_guard lock(mutex_);
+    if (subscription != current_) return;
+    heard_ = Now();
+    std::uint64_t inStream = 0, inDelivery = 0;
+    if (!ReadPlaces(natsMsg_GetReply(message), inStream, inDelivery)) {
+        TakeStatus(connection, message);
+        return;
+    }
+    if (inDelivery != expected_ || inStream <= position_) {
+        BreakOff("a gap");
+        return;
+    }
+    ++expected_;
+    try {
+        const std::string_view subject = natsMsg_GetSubject(message);
+        const char* const keys = Subjects::IsDigest(subject) ? Header(message, Subjects::kKeysHeader) : nullptr;
+        std::string scratch;
+        Address address;
+        const auto length = static_cast<std::uint32_t>(natsMsg_GetDataLength(message));
+        if (length > kLargestBody || !subjects_.Parse(subject, keys, scratch, address)) {
+            journal_.AddAndTell(Count::Foreign, "no message of the bus");
+        } else {
+            const auto taken = reader_.Take(address, natsMsg_GetData(message), length, inStream);
+            if (taken == ReaderSide::Taken::Full) {
+                isFull_ = true;
+                BreakOff("the program is behind and its queue full");
+                return;
+            }
+            if (taken == ReaderSide::Taken::Queued) journal_.Add(Count::Received);
+        }
+    } catch (const std::bad_alloc&) {
+        isFull_ = true;
+        BreakOff("memory is at its end");
+        return;
+    }
+    position_ = inStream;
+}
+
+// Wants `mutex_`. The store asks in between whether it may go on, and tells that it is there.
+void Feed::TakeStatus(natsConnection* connection, natsMsg* message) {
+    if (natsMsg_GetDataLength(message) > 0 || !Header(message, "Status")) {
+        journal_.AddAndTell(Count::Foreign, "no message of the stream");
+        return;
+    }
+    const char* answer = natsMsg_GetReply(message);
+    if (!answer) answer = Header(message, "Nats-Consumer-Stalled");
+    if (answer) natsConnection_Publish(connection, answer, nullptr, 0);
+    const char* const last = Header(message, "Nats-Last-Consumer");
+    if (!last) return;
+    std::uint64_t number = 0;
+    std::from_chars(last, last + std::char_traits<char>::length(last), number);
+    if (number >= expected_) BreakOff("a gap before a heartbeat");
+}
+
+}  // namespace tarvex

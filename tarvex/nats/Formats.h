@@ -1,0 +1,59 @@
+#pragma once
+
+#include <condition_variable>
+#include <map>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "tarvex/Publications.h"
+#include "tarvex/nats/Journal.h"
+#include "tarvex/nats/Link.h"
+#include "tarvex/nats/Subjects.h"
+#include "tarvex/nats/Wishes.h"
+
+namespace tarvex {
+
+/// Formats over the engine: each publisher answers for its own pairs, and is gone when it is gone.
+class Formats {
+public:
+    Formats(const Subjects& subjects, const Identity& identity, const Publications& publications, Wishes& wishes,
+            const std::string& run, Journal& journal);
+
+    /// Answers for a pair from now on. False if the engine refuses.
+    bool Offer(Connection& connection, std::string_view msgKey, std::string_view identifier);
+    /// Answers no longer. `connection` may be null.
+    void Withdraw(Connection* connection, std::string_view msgKey, std::string_view identifier);
+    /// What an offer asks the engine for.
+    std::vector<std::string> OfferSubjects(std::string_view msgKey, std::string_view identifier) const;
+
+    enum class Found { Format, Nobody, NoAnswer };
+    /// Asks the other programs; within two seconds.
+    Found Ask(Connection& connection, const Address& pattern, std::vector<char>& format);
+
+private:
+    struct Question {
+        std::vector<char> format;
+        int refusals = 0;
+        bool isNobodyThere = false;
+    };
+
+    static void OnQuestion(natsConnection* connection, natsSubscription*, natsMsg* message, void* closure);
+    static void OnAnswer(natsConnection*, natsSubscription*, natsMsg* message, void* closure);
+    void Answer(natsConnection* connection, natsMsg* question) const;
+    std::string SubjectFor(const Address& pattern) const;
+
+    const Subjects& subjects_;
+    const Identity& identity_;
+    const Publications& publications_;
+    Wishes& wishes_;
+    const std::string replies_;
+    Journal& journal_;
+
+    std::mutex mutex_;
+    std::condition_variable answered_;
+    std::map<std::uint64_t, Question> questions_;
+    std::uint64_t next_ = 1;
+};
+
+}  // namespace tarvex

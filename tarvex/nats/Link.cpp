@@ -1,0 +1,164 @@
+#include "tarvex/nats/Link.h"
+
+#include <pthread.h>
+#include <signal.h>
+
+#include <chrono>
+
+namespace tarvex {
+namespace {
+
+using std::chrono::milliseconds;
+
+constexpr milliseconds kBetweenTries(100);
+constexpr milliseconds kBetweenTending(200);
+constexpr milliseconds kAwait(2000);
+constexpr milliseconds kOthersReturn(400);  // so that they have subscribed again when we send
+
+// Threads that start meanwhile take no signal: the program's handlers run on its own threads only.
+class SignalsBlocked {
+public:
+    SignalsBlocked() {
+        sigset_t all;
+        sigfillset(&all);
+        pthread_sigmask(SIG_SETMASK, &all, &before_);
+    }
+    ~SignalsBlocked() { pthread_sigmask(SIG_SETMASK, &before_, nullptr); }
+
+private:
+    sigset_t before_;
+};
+
+}  // namespace
+
+Link::Link(const EngineSettings& settings, std::string name, Journal& journal, User& user)
+    : settings_(settings), name_(std::move(name)), journal_(journal), user_(user) {}
+
+bool Link::Start() {
+    std::call_once(start_, [this] { FirstStart(); });
+    return wasUp_;
+}
+
+void Link::FirstStart() {
+    const SignalsBlocked blocked;
+    loop_ = std::make_shared<EventLoop>();
+    Open(true);
+    try {
+        keeper_ = std::thread([this] { Keep(); });
+    } catch (...) {
+        up_ = false;
+        wasUp_ = false;
+        connection_.reset();
+        loop_.reset();
+        throw;
+    }
+    started_ = true;
+}
+
+bool Link::Open(bool isFirst) {
+    std::string why;
+    Current fresh = Connection::Open(loop_, settings_, name_, {OnClosed, OnFailed, this}, why);
+    if (fresh && !(user_.Renew(*fresh) && fresh->RoundTrip())) {
+        why = "the server did not take the subscriptions";
+        fresh.reset();
+    }
+    if (!fresh) {
+        if (why != why_) journal_.Tell("no connection: " + why);
+        why_ = why;
+        return false;
+    }
+    why_.clear();
+    journal_.Tell("connected to " + fresh->Server());
+    std::unique_lock lock(mutex_);
+    if (!isFirst) {
+        journal_.Add(Count::Reconnected);
+        changed_.wait_for(lock, kOthersReturn, [this] { return ends_; });
+    }
+    connection_ = fresh;
+    up_ = true;
+    wasUp_ = true;
+    lock.unlock();
+    user_.OnUp(fresh, isFirst);
+    lock.lock();
+    if (fresh->IsClosed()) up_ = false;
+    changed_.notify_all();
+    return true;
+}
+
+void Link::Keep() {
+    pthread_setname_np(pthread_self(), "tarvex-keeper");
+    std::unique_lock lock(mutex_);
+    while (!ends_) {
+        if (up_) {
+            changed_.wait_for(lock, kBetweenTending, [this] { return ends_ || !up_ || hurry_; });
+            hurry_ = false;
+            if (ends_ || !up_) continue;
+            const Current connection = connection_;
+            lock.unlock();
+            user_.Tend(*connection);
+            lock.lock();
+            continue;
+        }
+        Current old = std::move(connection_);
+        connection_ = nullptr;
+        lock.unlock();
+        user_.OnDown();
+        old.reset();
+        const bool opened = Open(!wasUp_);
+        lock.lock();
+        if (!opened) changed_.wait_for(lock, kBetweenTries, [this] { return ends_; });
+    }
+}
+
+Link::Current Link::Await() {
+    if (!Start()) return nullptr;
+    std::unique_lock lock(mutex_);
+    changed_.wait_for(lock, kAwait, [this] { return up_ || ends_; });
+    return up_ ? connection_ : nullptr;
+}
+
+Link::Current Link::Now() {
+    const std::lock_guard lock(mutex_);
+    return up_ ? connection_ : nullptr;
+}
+
+void Link::Hurry() {
+    {
+        const std::lock_guard lock(mutex_);
+        hurry_ = true;
+    }
+    changed_.notify_all();
+}
+
+void Link::OnClosed(natsConnection* connection, void* closure) {
+    auto* self = static_cast<Link*>(closure);
+    {
+        const std::lock_guard lock(self->mutex_);
+        if (!self->up_ || !self->connection_ || self->connection_->Get() != connection) return;
+        self->up_ = false;
+        if (self->ends_) return;
+    }
+    self->changed_.notify_all();
+    self->journal_.Tell("connection lost");
+    self->user_.OnDown();
+}
+
+void Link::OnFailed(natsConnection* connection, natsSubscription*, natsStatus status, void* closure) {
+    if (status != NATS_NOT_PERMITTED) return;
+    const char* text = nullptr;
+    natsConnection_GetLastError(connection, &text);
+    static_cast<Link*>(closure)->user_.OnDenied(text ? text : "");
+}
+
+void Link::End() {
+    {
+        const std::lock_guard lock(mutex_);
+        ends_ = true;
+    }
+    changed_.notify_all();
+    keeper_.join();
+    connection_.reset();
+    loop_.reset();
+}
+
+}  // namespace tarvex

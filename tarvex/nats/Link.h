@@ -1,0 +1,77 @@
+#pragma once
+
+#include <atomic>
+#include <condition_variable>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <thread>
+
+#include "tarvex/nats/Connection.h"
+#include "tarvex/nats/Journal.h"
+
+namespace tarvex {
+
+/// Keeps the process connected. Nothing is started before `Start`; then one thread reads and writes and one
+/// opens a new connection when the old one ends. Neither is the program's, and no signal reaches them.
+class Link {
+public:
+    using Current = std::shared_ptr<Connection>;
+
+    /// What hangs on the link. Called on its threads, one call at a time but for `OnDown` and `OnDenied`.
+    class User {
+    public:
+        virtual ~User() = default;
+        /// Asks the new connection for all that the process wants. False if it failed.
+        virtual bool Renew(Connection& connection) = 0;
+        /// Sends what waited. `isFirst` if there was no connection before.
+        virtual void OnUp(const Current& connection, bool isFirst) = 0;
+        virtual void OnDown() = 0;
+        /// Several times a second while connected, and soon after `Hurry`.
+        virtual void Tend(Connection& connection) = 0;
+        /// The server does not permit what its text says.
+        virtual void OnDenied(const std::string& text) = 0;
+    };
+
+    Link(const EngineSettings& settings, std::string name, Journal& journal, User& user);
+
+    /// True if there is or was a connection. The first call tries to make one; if that fails, later ones
+    /// fail at once until it was made behind them. Raises `std::system_error` if a thread cannot be had.
+    bool Start();
+    bool IsStarted() const { return started_; }
+    /// The connection, after a short wait for the next one if there is none. Null if that was not enough.
+    Current Await();
+    /// Null if there is none.
+    Current Now();
+    void Hurry();
+    /// Closes the connection and ends the threads.
+    void End();
+
+private:
+    void FirstStart();
+    bool Open(bool isFirst);
+    void Keep();
+    static void OnClosed(natsConnection* connection, void* closure);
+    static void OnFailed(natsConnection* connection, natsSubscription*, natsStatus status, void* closure);
+
+    const EngineSettings& settings_;
+    const std::string name_;
+    Journal& journal_;
+    User& user_;
+
+    std::once_flag start_;
+    std::atomic<bool> started_ = false;
+    std::atomic<bool> wasUp_ = false;
+    std::shared_ptr<EventLoop> loop_;
+    std::thread keeper_;
+    std::string why_;  // the last connection could not be made; the opening thread's own
+
+    std::mutex mutex_;
+    std::condition_variable changed_;
+    Current connection_;
+    bool up_ = false;
+    bool hurry_ = false;
+    bool ends_ = false;
+};
+
+}  // namespace tarvex

@@ -1,0 +1,206 @@
+#include "tarvex/nats/NatsBus.h"
+
+#include <chrono>
+#include <cstdio>
+#include <random>
+
+#include "tarvex/LastError.h"
+
+namespace tarvex {
+namespace {
+
+constexpr std::chrono::milliseconds kEndWait(2000);
+
+std::string NewRun() {
+    std::random_device source;
+    char text[20];
+    std::snprintf(text, sizeof text, "%08X%08X", source(), source());
+    return text;
+}
+
+// What the server's own listings show.
+std::string NameFor(const Identity& identity) {
+    std::string name;
+    AppendKeyText(name, identity.Sends("-", "-"));
+    return name.substr(0, name.size() - 4).substr(0, 200);
+}
+
+}  // namespace
+
+NatsBus::NatsBus(Identity identity, EngineSettings settings)
+    : identity_(std::move(identity)),
+      settings_(std::move(settings)),
+      run_(NewRun()),
+      subjects_(settings_.domain, identity_),
+      journal_(NameFor(identity_)),
+      publications_(identity_),
+      link_(settings_, NameFor(identity_), journal_, *this),
+      sender_(settings_, subjects_, run_, journal_, link_),
+      formats_(subjects_, identity_, publications_, wishes_, run_, journal_),
+      feed_(settings_, subjects_, run_, reader_, journal_) {
+    if (IsStored()) wishes_.AddForLater(sender_.AckSubject(), {OnAck, this});
+}
+
+// ---- what the link tells
+
+bool NatsBus::Renew(Connection& connection) {
+    sender_.AllowAll();
+    return wishes_.Renew(connection) && (!IsStored() || feed_.Renew(connection));
+}
+
+void NatsBus::OnUp(const Link::Current& connection, bool isFirst) {
+    if (!isFirst && !IsStored()) reader_.NoteLoss();
+    sender_.Resume(connection);
+}
+
+void NatsBus::Tend(Connection& connection) {
+    sender_.Tend(connection);
+    if (IsStored()) feed_.Tend(connection);
+}
+
+// The text is the server's: Permissions Violation for Publish to "the subject".
+void NatsBus::OnDenied(const std::string& text) {
+    const std::size_t start = text.find('"');
+    const std::size_t end = text.rfind('"');
+    if (start == std::string::npos || end <= start) return;
+    journal_.Tell(text);
+    sender_.Deny(text.substr(start + 1, end - start - 1));
+}
+
+// ---- sending
+
+int NatsBus::Send(std::string_view msgKey, std::string_view identifier, const void* bytes, std::uint32_t count) {
+    return link_.Start() ? sender_.Send(msgKey, identifier, bytes, count) : Fail(TvxErrorNotConnected);
+}
+
+// ---- receiving
+
+bool NatsBus::SubscribeLive(Connection& connection, const Address& pattern) {
+    if (!reader_.Add(pattern)) return true;
+    const std::string subject = subjects_.Pattern({"*", "*", 0, pattern.msgKey, pattern.identifier});
+    if (wishes_.Add(connection, subject, {OnMessage, this}) && connection.RoundTrip()) {
+        OnDenied(connection.Denial());
+        if (!sender_.IsDenied(subject)) return true;
+        SetLastError(TvxErrorDenied);
+    } else {
+        SetLastError(TvxErrorTimeout);
+    }
+    reader_.Remove(pattern);
+    if (!reader_.Names(pattern.msgKey, pattern.identifier)) wishes_.Remove(&connection, {subject});
+    return false;
+}
+
+int NatsBus::Subscribe(const Address& pattern, std::uint16_t value) {
+    const Link::Current connection = link_.Await();
+    if (!connection) return Fail(link_.Start() ? TvxErrorTimeout : TvxErrorNotConnected);
+    const std::lock_guard lock(subscribing_);
+    return IsStored() ? feed_.Add(*connection, pattern, value) : SubscribeLive(*connection, pattern);
+}
+
+int NatsBus::Unsubscribe(const Address& pattern) {
+    const std::lock_guard lock(subscribing_);
+    if (!reader_.Remove(pattern)) return Fail(TvxErrorNothing);
+    const Link::Current connection = link_.Now();
+    if (IsStored())
+        feed_.Narrow(connection.get());
+    else if (!reader_.Names(pattern.msgKey, pattern.identifier))
+        wishes_.Remove(connection.get(), {subjects_.Pattern({"*", "*", 0, pattern.msgKey, pattern.identifier})});
+    return 1;
+}
+
+void NatsBus::OnMessage(natsConnection*, natsSubscription*, natsMsg* message, void* closure) {
+    const MessageOwner owner(message);
+    auto* self = static_cast<NatsBus*>(closure);
+    try {
+        self->TakeLive(message);
+    } catch (const std::bad_alloc&) {
+        self->journal_.AddAndTell(Count::Overflown, "memory is at its end");
+        self->reader_.NoteLoss();
+    }
+}
+
+void NatsBus::TakeLive(natsMsg* message) {
+    const std::string_view subject = natsMsg_GetSubject(message);
+    const char* keys = nullptr;
+    if (Subjects::IsDigest(subject)) natsMsgHeader_Get(message, Subjects::kKeysHeader, &keys);
+    thread_local std::string scratch;
+    Address address;
+    const auto length = static_cast<std::uint32_t>(natsMsg_GetDataLength(message));
+    if (length > kLargestBody || !subjects_.Parse(subject, keys, scratch, address)) {
+        journal_.AddAndTell(Count::Foreign, "no message of the bus");
+        return;
+    }
+    std::string_view run;
+    std::uint64_t number = 0;
+    bool isAgain = false;
+    const char* const reply = natsMsg_GetReply(message);
+    if (reply && sender_.ReadNumber(reply, run, number, isAgain) && !repeats_.IsNew(run, number, isAgain)) {
+        journal_.Add(Count::Repeated);
+        return;
+    }
+    switch (reader_.Take(address, natsMsg_GetData(message), length)) {
+        case ReaderSide::Taken::Queued:
+            journal_.Add(Count::Received);
+            break;
+        case ReaderSide::Taken::Full:
+            journal_.AddAndTell(Count::Overflown, "the program is behind and its queue full");
+            reader_.NoteLoss();
+            break;
+        case ReaderSide::Taken::Unwanted:
+            break;
+    }
+}
+
+void NatsBus::OnAck(natsConnection*, natsSubscription*, natsMsg* message, void* closure) {
+    const MessageOwner owner(message);
+    static_cast<NatsBus*>(closure)->sender_.TakeAck(message);
+}
+
+// ---- formats
+
+int NatsBus::Publish(std::string_view msgKey, std::string_view identifier, const msgfmt* format,
+                     std::uint16_t formatSize) {
+    if (!link_.Start()) return Fail(TvxErrorNotConnected);
+    const std::lock_guard lock(subscribing_);
+    if (!format || publications_.HasFormat(msgKey, identifier)) {
+        publications_.Add(msgKey, identifier, format, formatSize);
+        return 1;
+    }
+    const Link::Current connection = link_.Await();
+    if (!connection) return Fail(TvxErrorTimeout);
+    publications_.Add(msgKey, identifier, format, formatSize);
+    if (formats_.Offer(*connection, msgKey, identifier)) return 1;
+    publications_.Remove(msgKey, identifier);
+    formats_.Withdraw(connection.get(), msgKey, identifier);
+    return Fail(TvxErrorTimeout);
+}
+
+int NatsBus::Unpublish(std::string_view msgKey, std::string_view identifier) {
+    const std::lock_guard lock(subscribing_);
+    const bool hadFormat = publications_.HasFormat(msgKey, identifier);
+    if (!publications_.Remove(msgKey, identifier)) return Fail(TvxErrorNothing);
+    if (hadFormat) formats_.Withdraw(link_.Now().get(), msgKey, identifier);
+    return 1;
+}
+
+int NatsBus::QueryFormat(const Address& pattern, void* buffer, std::uint32_t bufferSize, std::uint32_t& needed) {
+    std::vector<char> format = publications_.FindFormat(pattern);
+    if (!format.empty()) return AnswerFormat(format, buffer, bufferSize, needed);
+    const Link::Current connection = link_.Await();
+    if (!connection) return Fail(link_.Start() ? TvxErrorTimeout : TvxErrorNotConnected);
+    if (formats_.Ask(*connection, pattern, format) == Formats::Found::NoAnswer) return Fail(TvxErrorTimeout);
+    return AnswerFormat(format, buffer, bufferSize, needed);
+}
+
+// ---- the end
+
+void NatsBus::End() {
+    if (!link_.IsStarted()) return;
+    std::uint64_t left = 0;
+    if (!sender_.Drain(kEndWait, left)) journal_.Tell("ended before the server had all: " + std::to_string(left));
+    link_.End();
+    sender_.Suspend();
+    journal_.TellCounts();
+}
+
+}  // namespace tarvex

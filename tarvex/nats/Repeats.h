@@ -1,0 +1,28 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+
+namespace tarvex {
+
+/// Tells a message that came already. Each run of a sender numbers its messages; after a cut it sends the
+/// last ones again, marked, and overlapping subscriptions bring a message more than once in a row. Only
+/// such a one can be taken for a repeat: a false number loses no message that is not marked.
+class Repeats {
+public:
+    /// One run's mark and a message's number in it.
+    bool IsNew(std::string_view run, std::uint64_t number, bool isAgain);
+
+private:
+    static constexpr std::size_t kMostRuns = 4096;  // then the memory of all starts anew
+
+    struct Hash {
+        using is_transparent = void;
+        std::size_t operator()(std::string_view text) const { return std::hash<std::string_view>()(text); }
+    };
+    std::unordered_map<std::string, std::uint64_t, Hash, std::equal_to<>> last_;
+};
+
+}  // namespace tarvex

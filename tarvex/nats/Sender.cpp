@@ -1,0 +1,267 @@
+#include "tarvex/nats/Sender.h"
+
+#include <charconv>
+
+#include "tarvex/LastError.h"
+
+namespace tarvex {
+namespace {
+
+using std::chrono::milliseconds;
+using std::chrono::steady_clock;
+
+constexpr std::int64_t kPassOn = 1000;  // milliseconds for the server to pass a message on
+constexpr std::int64_t kAckWait = 5000;
+constexpr milliseconds kRoomWait(10000);
+constexpr std::uint64_t kHurryCount = 32768;
+constexpr std::size_t kHurryBytes = Outbox::kMostBytes / 8;
+constexpr std::size_t kHeaderRoom = 128;  // names and ends of a message's headers
+constexpr std::string_view kAgain = ".again";
+constexpr int kLongestNumber = 20;
+
+std::int64_t Now() { return std::chrono::duration_cast<milliseconds>(steady_clock::now().time_since_epoch()).count(); }
+
+}  // namespace
+
+Sender::Sender(const EngineSettings& settings, const Subjects& subjects, const std::string& run, Journal& journal,
+               Link& link)
+    : stores_(!settings.stream.empty()),
+      subjects_(subjects),
+      run_(run),
+      numberRoot_(settings.domain + ".n."),
+      numberHead_(numberRoot_ + run + "."),
+      ackHead_("_INBOX." + run + ".k."),
+      journal_(journal),
+      link_(link) {}
+
+int Sender::Send(std::string_view msgKey, std::string_view identifier, const void* bytes, std::uint32_t count) {
+    thread_local Subjects::Subject subject;
+    subjects_.Message(msgKey, identifier, subject);
+    if (anyDenied_.load(std::memory_order_relaxed) && IsDenied(subject.text)) return Fail(TvxErrorDenied);
+    Lock lock(mutex_);
+    if (refused_ != 0) return Fail(TvxErrorRefused);
+    const std::size_t size = subject.text.size() + subject.keys.size() + count + kHeaderRoom;
+    if (!AwaitRoom(lock, size)) return Fail(TvxErrorQueueFull);
+    AwaitWritten(lock);
+    if (connection_ &&
+        static_cast<std::int64_t>(count + subject.keys.size() + kHeaderRoom) > connection_->LargestPayload())
+        return Fail(TvxErrorTooLong);
+    const Outbox::Entry entry = outbox_.Add(subject.text, subject.keys, bytes, count);
+    if (connection_ && next_ == entry.number) {
+        const natsStatus status = Put(entry);
+        if (status == NATS_NO_MEMORY) {
+            outbox_.RemoveLast();
+            return Fail(TvxErrorNoMemory);
+        }
+        if (status == NATS_OK)
+            highest_ = next_++;
+        else
+            connection_.reset();  // what was accepted waits for the next one
+    }
+    journal_.Add(Count::Sent);
+    if (!hurried_ && (outbox_.Unconfirmed() > kHurryCount || outbox_.UnconfirmedBytes() > kHurryBytes)) {
+        hurried_ = true;
+        link_.Hurry();
+    }
+    return 1;
+}
+
+bool Sender::AwaitRoom(Lock& lock, std::size_t bytes) {
+    if (outbox_.MakeRoomFor(bytes)) return true;
+    const auto deadline = steady_clock::now() + kRoomWait;
+    while (!outbox_.MakeRoomFor(bytes)) {
+        if (!connection_) return false;
+        link_.Hurry();
+        if (room_.wait_until(lock, deadline) == std::cv_status::timeout) return false;
+    }
+    return true;
+}
+
+// Holds back a sender that is faster than the socket. Not while older messages wait: these go first.
+void Sender::AwaitWritten(Lock& lock) {
+    while (connection_ && next_ > outbox_.LastNumber() && connection_->IsCrowded()) {
+        const Link::Current connection = connection_;
+        lock.unlock();
+        connection->AwaitWrite();
+        lock.lock();
+    }
+}
+
+natsStatus Sender::Put(const Outbox::Entry& entry) {
+    natsConnection* const connection = connection_->Get();
+    const std::string& head = stores_ ? ackHead_ : numberHead_;
+    char reply[256];
+    char* end = reply + head.copy(reply, sizeof reply - kLongestNumber - kAgain.size() - 1);
+    end = std::to_chars(end, end + kLongestNumber, entry.number).ptr;
+    if (!stores_ && entry.number <= highest_) end += kAgain.copy(end, kAgain.size());
+    *end = '\0';
+    if (stores_) return PutStored(entry, reply);
+    const int length = static_cast<int>(entry.bodyLength);
+    if (!*entry.keys) return natsConnection_PublishRequest(connection, entry.subject, reply, entry.body, length);
+    natsMsg* made = nullptr;
+    natsStatus status = natsMsg_Create(&made, entry.subject, reply, entry.body, length);
+    const MessageOwner owner(made);
+    if (status == NATS_OK) status = natsMsgHeader_Set(made, Subjects::kKeysHeader, entry.keys);
+    return status == NATS_OK ? natsConnection_PublishMsg(connection, made) : status;
+}
+
+// The number in a header lets the stream drop what comes twice.
+natsStatus Sender::PutStored(const Outbox::Entry& entry, const char* reply) {
+    char id[64];
+    char* end = id + run_.copy(id, sizeof id - kLongestNumber - 2);
+    *end++ = '-';
+    *std::to_chars(end, end + kLongestNumber, entry.number).ptr = '\0';
+    natsMsg* made = nullptr;
+    natsStatus status = natsMsg_Create(&made, entry.subject, reply, entry.body, static_cast<int>(entry.bodyLength));
+    const MessageOwner owner(made);
+    if (status == NATS_OK) status = natsMsgHeader_Set(made, "Nats-Msg-Id", id);
+    if (status == NATS_OK && *entry.keys) status = natsMsgHeader_Set(made, Subjects::kKeysHeader, entry.keys);
+    return status == NATS_OK ? natsConnection_PublishMsg(connection_->Get(), made) : status;
+}
+
+void Sender::Resume(const Link::Current& connection) {
+    Lock lock(mutex_);
+    connection_ = connection;
+    refused_ = 0;
+    SendAgainFrom(lock, 0);
+}
+
+void Sender::SendAgainFrom(Lock& lock, std::uint64_t number) {
+    next_ = number;
+    progress_ = Now();
+    Pump(lock);
+}
+
+void Sender::Pump(Lock& lock) {
+    Outbox::Cursor cursor = outbox_.From(next_);
+    while (connection_) {
+        if (connection_->IsCrowded()) {
+            const Link::Current connection = connection_;
+            lock.unlock();
+            connection->AwaitWrite();
+            lock.lock();
+            cursor = outbox_.From(next_);
+            continue;
+        }
+        if (cursor.AtEnd()) {
+            next_ = outbox_.LastNumber() + 1;
+            break;
+        }
+        const Outbox::Entry entry = cursor.Get();
+        next_ = entry.number;
+        const natsStatus status = Put(entry);
+        if (status == NATS_MAX_PAYLOAD) {
+            journal_.AddAndTell(Count::Lost, std::string("too long for this server: ") + entry.subject);
+        } else if (status != NATS_OK) {
+            connection_.reset();
+            break;
+        }
+        if (entry.number <= highest_) journal_.Add(Count::Resent);
+        highest_ = std::max(highest_, entry.number);
+        next_ = entry.number + 1;
+        cursor.Next();
+    }
+    room_.notify_all();
+}
+
+void Sender::Suspend() {
+    Link::Current ended;
+    const std::lock_guard lock(mutex_);
+    ended = std::move(connection_);
+    connection_ = nullptr;
+    room_.notify_all();
+}
+
+void Sender::Tend(Connection& connection) {
+    Lock lock(mutex_);
+    hurried_ = false;
+    const std::uint64_t sent = next_ - 1;
+    lock.unlock();
+    if (!connection.RoundTrip()) return;
+    lock.lock();
+    if (!connection_ || connection_->Get() != connection.Get()) return;
+    const std::int64_t now = Now();
+    if (!stores_) {
+        outbox_.Confirm(sent, now);
+        outbox_.Release(now, kPassOn);
+        room_.notify_all();
+        return;
+    }
+    if (outbox_.Confirmed() != seen_ || outbox_.Unconfirmed() == 0) {
+        seen_ = outbox_.Confirmed();
+        progress_ = now;
+    }
+    const bool isOverdue = now - progress_ > kAckWait;
+    if (refused_ == 0 && !isOverdue) return;
+    const std::uint64_t from = isOverdue ? outbox_.Confirmed() + 1 : refused_;
+    refused_ = 0;
+    SendAgainFrom(lock, from);
+}
+
+void Sender::TakeAck(natsMsg* message) {
+    const std::string_view subject = natsMsg_GetSubject(message);
+    const std::string_view body(natsMsg_GetData(message), static_cast<std::size_t>(natsMsg_GetDataLength(message)));
+    std::uint64_t number = 0;
+    if (!subject.starts_with(ackHead_)) return;
+    const char* const end = subject.data() + subject.size();
+    const auto [parsed, error] = std::from_chars(subject.data() + ackHead_.size(), end, number);
+    const Lock lock(mutex_);
+    if (error != std::errc{} || parsed != end || number == 0 || number > highest_) {
+        journal_.AddAndTell(Count::Foreign, "an acknowledgement of nothing");
+        return;
+    }
+    if (natsMsg_IsNoResponders(message) || !body.starts_with("{\"stream\"")) {
+        const bool isFirst = refused_ == 0;
+        if (isFirst || number < refused_) refused_ = number;
+        journal_.AddAndTell(Count::Refused, "the stream refuses: " + std::string(body.substr(0, 200)));
+        if (isFirst) room_.notify_all();
+        return;
+    }
+    if (refused_ != 0 && number >= refused_) return;  // it is sent again, with those before it
+    outbox_.Confirm(number, 0);
+    outbox_.Release(0, 0);
+    room_.notify_all();
+}
+
+bool Sender::Drain(milliseconds limit, std::uint64_t& left) {
+    const auto deadline = steady_clock::now() + limit;
+    Lock lock(mutex_);
+    while (outbox_.Unconfirmed() > 0) {
+        link_.Hurry();
+        if (room_.wait_until(lock, deadline) == std::cv_status::timeout) break;
+    }
+    left = outbox_.Unconfirmed();
+    return left == 0;
+}
+
+void Sender::Deny(const std::string& subject) {
+    const std::lock_guard lock(denials_);
+    denied_.insert(subject);
+    anyDenied_ = true;
+}
+
+void Sender::AllowAll() {
+    const std::lock_guard lock(denials_);
+    denied_.clear();
+    anyDenied_ = false;
+}
+
+bool Sender::IsDenied(const std::string& subject) const {
+    const std::lock_guard lock(denials_);
+    return denied_.contains(subject);
+}
+
+bool Sender::ReadNumber(std::string_view reply, std::string_view& run, std::uint64_t& number, bool& isAgain) const {
+    if (!reply.starts_with(numberRoot_)) return false;
+    reply.remove_prefix(numberRoot_.size());
+    isAgain = reply.ends_with(kAgain);
+    if (isAgain) reply.remove_suffix(kAgain.size());
+    const std::size_t dot = reply.find('.');
+    if (dot == std::string_view::npos) return false;
+    run = reply.substr(0, dot);
+    const char* const end = reply.data() + reply.size();
+    const auto [parsed, error] = std::from_chars(reply.data() + dot + 1, end, number);
+    return error == std::errc{} && parsed == end;
+}
+
+}  // namespace tarvex

@@ -1,0 +1,81 @@
+#pragma once
+
+#include <atomic>
+#include <chrono>
+#include <condition_variable>
+#include <mutex>
+#include <set>
+#include <string>
+
+#include "tarvex/nats/Link.h"
+#include "tarvex/nats/Outbox.h"
+#include "tarvex/nats/Subjects.h"
+
+namespace tarvex {
+
+/// The sending side. What a program sends is kept until the server has it: live until it has answered a round
+/// trip and had a second to pass the message on, stored until the stream has acknowledged it. After a cut the
+/// rest goes out again, in order and marked, so that a reader drops what it has. Any thread may call.
+class Sender {
+public:
+    Sender(const EngineSettings& settings, const Subjects& subjects, const std::string& run, Journal& journal,
+           Link& link);
+
+    int Send(std::string_view msgKey, std::string_view identifier, const void* bytes, std::uint32_t count);
+
+    /// Sends what waits, then all that is added. Returns when the connection ends or nothing waits.
+    void Resume(const Link::Current& connection);
+    void Suspend();
+    /// Learns what the server has.
+    void Tend(Connection& connection);
+    /// Waits until the server has everything. False if it has not after this time; `left` is then how many.
+    bool Drain(std::chrono::milliseconds limit, std::uint64_t& left);
+
+    /// From now on nothing is sent to the subject.
+    void Deny(const std::string& subject);
+    void AllowAll();
+    bool IsDenied(const std::string& subject) const;
+
+    /// Where the stream acknowledges, with a wildcard at its end.
+    std::string AckSubject() const { return ackHead_ + "*"; }
+    void TakeAck(natsMsg* message);
+
+    /// Takes a message's number from the reply subject that it came with. False if it has none.
+    bool ReadNumber(std::string_view reply, std::string_view& run, std::uint64_t& number, bool& isAgain) const;
+
+private:
+    using Lock = std::unique_lock<std::mutex>;
+
+    bool AwaitRoom(Lock& lock, std::size_t bytes);
+    void AwaitWritten(Lock& lock);
+    natsStatus Put(const Outbox::Entry& entry);
+    natsStatus PutStored(const Outbox::Entry& entry, const char* reply);
+    void Pump(Lock& lock);
+    void SendAgainFrom(Lock& lock, std::uint64_t number);
+
+    const bool stores_;
+    const Subjects& subjects_;
+    const std::string run_;
+    const std::string numberRoot_;  // before a run in the reply subject of a live message
+    const std::string numberHead_;  // before this run's numbers
+    const std::string ackHead_;
+    Journal& journal_;
+    Link& link_;
+
+    std::mutex mutex_;  // also keeps the sends in order
+    std::condition_variable room_;
+    Link::Current connection_;
+    Outbox outbox_;
+    std::uint64_t next_ = 1;     // to be put on the connection
+    std::uint64_t highest_ = 0;  // ever put on one
+    bool hurried_ = false;
+    std::uint64_t refused_ = 0;  // the first that the stream did not take; 0 for none
+    std::uint64_t seen_ = 0;     // confirmed when last looked at
+    std::int64_t progress_ = 0;  // when that last moved
+
+    mutable std::mutex denials_;
+    std::atomic<bool> anyDenied_ = false;
+    std::set<std::string, std::less<>> denied_;
+};
+
+}  // namespace tarvex
