@@ -1,0 +1,252 @@
+// The bus over the network in programs that do what programs do: start before the server, fork, take signals,
+// run out of descriptors, lack a permission.
+
+#include <arpa/inet.h>
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <pthread.h>
+#include <signal.h>
+#include <sys/resource.h>
+#include <sys/socket.h>
+#include <sys/time.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <chrono>
+#include <cstdlib>
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "bus/OwnProcess.h"
+#include "server/EngineServer.h"
+#include "surveymsg/outside/Tarvex.h"
+
+namespace {
+
+using bus::InOwnProcess;
+using server::EngineServer;
+using Clock = std::chrono::steady_clock;
+using std::chrono::milliseconds;
+
+int Send(const char* key, const std::string& body) {
+    return TvxSend(key, "", body.data(), static_cast<std::uint32_t>(body.size()));
+}
+
+int Subscribe(const char* key) { return TvxSubscribe("*", "*", 0, key, "*", 0, 0); }
+
+std::string Read(std::uint32_t wait = 5000) {
+    char texts[4][1001];
+    static char body[1310720];
+    std::uint32_t number = 0, length = 0;
+    TvxWait(wait);
+    const int result = TvxRead(texts[0], 1001, texts[1], 1001, &number, texts[2], 1001, texts[3], 1001, nullptr, body,
+                               sizeof body, &length);
+    return result ? std::string(body, length) : "nothing";
+}
+
+bool FailedWith(int result, TvxError reason) { return result == 0 && GetLastError() == reason; }
+
+class Program : public testing::Test {
+protected:
+    void SetUp() override {
+        if (!EngineServer::IsInstalled()) GTEST_SKIP() << "nats-server is not installed";
+    }
+    static void Use(const std::string& url) { setenv("TARVEX_URL", url.c_str(), 1); }
+};
+
+TEST_F(Program, AnUnusableSettingFailsEveryCall) {
+    const std::pair<const char*, const char*> settings[] = {
+        {"TARVEX_URL", "tcp://127.0.0.1:1"}, {"TARVEX_URL", "nats://"},      {"TARVEX_URL", "nats://a,,b"},
+        {"TARVEX_URL", "nats://a,http://b"}, {"TARVEX_DOMAIN", "two.words"}, {"TARVEX_STORE", "a*"},
+        {"TARVEX_CERT", "without-a-key"},    {"TARVEX_NUMBER", "0"}};
+    for (const auto& [name, value] : settings)
+        EXPECT_TRUE(InOwnProcess([&] {
+            Use("nats://127.0.0.1:1");
+            setenv(name, value, 1);
+            EXPECT_TRUE(FailedWith(Send("k", "x"), TvxErrorInvalid));
+            EXPECT_TRUE(FailedWith(TvxWait(0), TvxErrorInvalid));
+        })) << name
+            << "=" << value;
+}
+
+TEST_F(Program, WithoutAServerCallsFailAtOnceUntilThereIsOne) {
+    int port;
+    {
+        const EngineServer server;  // takes a free port and leaves it
+        port = server.Port();
+    }
+    EXPECT_TRUE(InOwnProcess([port] {
+        Use("nats://127.0.0.1:" + std::to_string(port));
+        EXPECT_TRUE(FailedWith(Send("k", "x"), TvxErrorNotConnected));
+        EXPECT_TRUE(FailedWith(Subscribe("k"), TvxErrorNotConnected));
+        EXPECT_TRUE(FailedWith(TvxPublish("k", "", nullptr, 0), TvxErrorNotConnected));
+        EngineServer::Options options;
+        options.port = port;
+        const EngineServer server(options);
+        for (int i = 0; i < 500 && !Subscribe("k"); ++i) std::this_thread::sleep_for(milliseconds(10));
+        EXPECT_EQ(Send("k", "x"), 1);
+        EXPECT_EQ(Read(), "x");
+    }));
+}
+
+TEST_F(Program, AServerThatSaysNothingHoldsNobodyUp) {
+    const int listener = socket(AF_INET, SOCK_STREAM, 0);
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    socklen_t size = sizeof address;
+    ASSERT_EQ(bind(listener, reinterpret_cast<sockaddr*>(&address), size), 0);
+    ASSERT_EQ(listen(listener, 10), 0);
+    getsockname(listener, reinterpret_cast<sockaddr*>(&address), &size);
+    EXPECT_TRUE(InOwnProcess([&] {
+        Use("nats://127.0.0.1:" + std::to_string(ntohs(address.sin_port)));
+        const auto begin = Clock::now();
+        EXPECT_TRUE(FailedWith(Send("k", "x"), TvxErrorNotConnected));
+        for (int i = 0; i < 1000; ++i) EXPECT_TRUE(FailedWith(Send("k", "x"), TvxErrorNotConnected));
+        EXPECT_LT(Clock::now() - begin, std::chrono::seconds(20));  // not one wait for each call
+    }));
+    close(listener);
+}
+
+TEST_F(Program, AForkedChildHasNoBusAndItsParentKeepsIts) {
+    const EngineServer server;
+    EXPECT_TRUE(InOwnProcess([&] {
+        Use(server.Url());
+        ASSERT_EQ(Subscribe("k"), 1);
+        std::atomic<bool> ends = false;
+        std::thread busy([&] {
+            while (!ends) Send("other", "x");
+        });
+        for (int round = 0; round < 20; ++round) {
+            EXPECT_TRUE(InOwnProcess([] {
+                EXPECT_TRUE(FailedWith(Send("k", "child"), TvxErrorNotConnected));
+                EXPECT_TRUE(FailedWith(TvxWait(0), TvxErrorNotConnected));
+                EXPECT_TRUE(FailedWith(TvxUnsubscribe("*", "*", 0, "k", "*"), TvxErrorNotConnected));
+            }));
+            EXPECT_EQ(Send("k", std::to_string(round)), 1);
+            EXPECT_EQ(Read(), std::to_string(round));
+        }
+        ends = true;
+        busy.join();
+    }));
+    EXPECT_TRUE(InOwnProcess([] {
+        ASSERT_EQ(Subscribe("k"), 1);
+        ASSERT_EQ(Send("k", "parent"), 1);
+        EXPECT_TRUE(InOwnProcess([] {
+            EXPECT_EQ(TvxWait(0), 0);  // the bus inside a process starts anew
+            ASSERT_EQ(Subscribe("k"), 1);
+            EXPECT_EQ(Send("k", "child"), 1);
+            EXPECT_EQ(Read(), "child");
+        }));
+        EXPECT_EQ(Read(), "parent");
+    }));
+}
+
+std::atomic<int> signalsHere = 0;
+std::atomic<int> signalsElsewhere = 0;
+pthread_t programsThread;
+
+TEST_F(Program, SignalsReachItsOwnThreadsOnly) {
+    const EngineServer server;
+    EXPECT_TRUE(InOwnProcess([&] {
+        Use(server.Url());
+        programsThread = pthread_self();
+        struct sigaction action {};
+        action.sa_handler = [](int) {
+            ++(pthread_equal(pthread_self(), programsThread) ? signalsHere : signalsElsewhere);
+        };
+        sigaction(SIGALRM, &action, nullptr);
+        const itimerval often{{0, 200}, {0, 200}};
+        setitimer(ITIMER_REAL, &often, nullptr);
+        ASSERT_EQ(Subscribe("k"), 1);
+        for (int i = 0; i < 2000; ++i) {
+            ASSERT_EQ(Send("k", std::to_string(i)), 1);
+            ASSERT_EQ(Read(), std::to_string(i));
+        }
+        const itimerval never{};
+        setitimer(ITIMER_REAL, &never, nullptr);
+        EXPECT_GT(signalsHere, 0);
+        EXPECT_EQ(signalsElsewhere, 0);
+    }));
+}
+
+TEST_F(Program, WithoutDescriptorsCallsFailAndWorkLater) {
+    const EngineServer server;
+    EXPECT_TRUE(InOwnProcess([&] {
+        Use(server.Url());
+        std::vector<int> taken;
+        for (int descriptor; (descriptor = open("/dev/null", O_RDONLY | O_CLOEXEC)) >= 0;) taken.push_back(descriptor);
+        EXPECT_TRUE(FailedWith(Send("k", "x"), TvxErrorNotConnected));
+        for (const int descriptor : taken) close(descriptor);
+        for (int i = 0; i < 500 && !Subscribe("k"); ++i) std::this_thread::sleep_for(milliseconds(10));
+        EXPECT_EQ(Send("k", "x"), 1);
+        EXPECT_EQ(Read(), "x");
+    }));
+}
+
+TEST_F(Program, WhatTheServerDoesNotPermitIsRefused) {
+    EngineServer::Options options;
+    options.configuration =
+        "authorization { users = [ { user: rov, password: secret, permissions: {\n"
+        "  publish: [\"tvx.m.rov.>\"], subscribe: [\"tvx.m.*.*.*.open.*\", \"_INBOX.>\"] } } ] }\n";
+    const EngineServer server(options);
+    const std::string address = "@127.0.0.1:" + std::to_string(server.Port());
+    const auto eventually = [](const char* key) {
+        for (int i = 0; i < 500; ++i) {
+            if (FailedWith(Send(key, "x"), TvxErrorDenied)) return true;
+            std::this_thread::sleep_for(milliseconds(10));
+        }
+        return false;
+    };
+    EXPECT_TRUE(InOwnProcess([&] {
+        Use("nats://rov:secret" + address);
+        setenv("TARVEX_NODE", "rov", 1);
+        EXPECT_TRUE(FailedWith(Subscribe("secret"), TvxErrorDenied));
+        ASSERT_EQ(Subscribe("open"), 1);
+        EXPECT_EQ(Send("open", "x"), 1);
+        EXPECT_EQ(Read(), "x");
+    }));
+    EXPECT_TRUE(InOwnProcess([&] {
+        Use("nats://rov:secret" + address);
+        setenv("TARVEX_NODE", "vessel", 1);
+        EXPECT_TRUE(eventually("open"));  // a forged sender
+    }));
+    EXPECT_TRUE(InOwnProcess([&] {
+        Use("nats://rov:wrong" + address);
+        EXPECT_TRUE(FailedWith(Send("open", "x"), TvxErrorNotConnected));
+    }));
+}
+
+TEST_F(Program, AStreamGivesTheHistoryThatIsAskedFor) {
+    EngineServer::Options options;
+    options.stores = true;
+    EngineServer server(options);
+    EXPECT_TRUE(InOwnProcess([&] {  // makes the stream, and leaves a history
+        Use(server.Url());
+        setenv("TARVEX_STORE", "TEST", 1);
+        for (int i = 0; i < 100; ++i) ASSERT_EQ(Send("k", std::to_string(i)), 1);
+    }));
+    EXPECT_TRUE(InOwnProcess([&] {
+        Use(server.Url());
+        setenv("TARVEX_STORE", "TEST", 1);
+        ASSERT_EQ(TvxSubscribe("*", "*", 0, "k", "*", 0, 0xFFFF), 1);
+        ASSERT_EQ(Send("k", "100"), 1);
+        for (int i = 0; i <= 100; ++i) ASSERT_EQ(Read(), std::to_string(i));
+        ASSERT_EQ(TvxSubscribe("*", "*", 0, "other", "*", 0, 0), 1);
+        ASSERT_EQ(TvxSubscribe("*", "*", 0, "*", "", 0, 60), 1);  // the last minute: all of them once more
+        for (int i = 0; i <= 100; ++i) ASSERT_EQ(Read(), std::to_string(i));
+        ASSERT_EQ(Send("other", "x"), 1);
+        EXPECT_EQ(Read(), "x");
+        EXPECT_EQ(TvxWait(100), 0);
+    }));
+    EXPECT_TRUE(InOwnProcess([&] {
+        Use(server.Url());
+        setenv("TARVEX_STORE", "OTHER", 1);  // its subjects are taken by the first stream
+        EXPECT_TRUE(FailedWith(Send("k", "x"), TvxErrorNotConnected));
+    }));
+}
+
+}  // namespace
