@@ -15,13 +15,12 @@
 #include <string>
 #include <thread>
 
-#include "bus/Probe.h"
+#include "server/ChildProcess.h"
 #include "server/EngineServer.h"
-#include "surveymsg/outside/Tarvex.h"
 
 namespace {
 
-using bus::Probe;
+using server::ChildProcess;
 using server::EngineServer;
 using std::chrono::milliseconds;
 
@@ -31,6 +30,18 @@ int Scale() {
 }
 
 void Sleep(int time) { std::this_thread::sleep_for(milliseconds(time)); }
+
+/// A `bus_probe`.
+class Probe : public ChildProcess {
+public:
+    using ChildProcess::ChildProcess;
+
+    /// A number that it said; -1 if it said none.
+    std::int64_t Get(const std::string& name) {
+        const std::size_t at = Output().find(name + "=");
+        return at == std::string::npos ? -1 : std::atoll(Output().c_str() + at + name.size() + 1);
+    }
+};
 
 // Live or stored, each on a server of its own.
 class Faults : public testing::TestWithParam<std::string> {
@@ -53,15 +64,16 @@ protected:
     }
     std::unique_ptr<Probe> Reader(int number, int senders = 1, int delay = 0) const {
         auto reader = std::make_unique<Probe>(
-            std::vector<std::string>{"receive", "k", std::to_string(senders), std::to_string(delay)}, Settings(number));
-        EXPECT_TRUE(reader->IsReady());
+            std::vector<std::string>{BUS_PROBE, "receive", "k", std::to_string(senders), std::to_string(delay)},
+            Settings(number));
+        EXPECT_TRUE(reader->Await("ready\n"));
         return reader;
     }
     std::unique_ptr<Probe> Sender(int number, int count, int rate, int size = 100) const {
-        auto sender = std::make_unique<Probe>(
-            std::vector<std::string>{"send", "k", std::to_string(count), std::to_string(rate), std::to_string(size)},
-            Settings(number));
-        EXPECT_TRUE(sender->IsReady());
+        auto sender = std::make_unique<Probe>(std::vector<std::string>{BUS_PROBE, "send", "k", std::to_string(count),
+                                                                       std::to_string(rate), std::to_string(size)},
+                                              Settings(number));
+        EXPECT_TRUE(sender->Await("ready\n"));
         return sender;
     }
     std::string Journal() const {
@@ -147,9 +159,9 @@ TEST_P(Faults, AReaderStandsStill) {
     const auto reader = Reader(1);
     const auto sender = Sender(2, 3000 * Scale(), 300, 100000);  // 30 MB a second
     Sleep(1000);
-    kill(reader->Process(), SIGSTOP);
+    kill(reader->Id(), SIGSTOP);
     Sleep(7000);
-    kill(reader->Process(), SIGCONT);
+    kill(reader->Id(), SIGCONT);
     Judge("reader frozen for 7 s at 30 MB/s", *sender, *reader);
 }
 

@@ -62,14 +62,14 @@ TEST_F(Program, AnUnusableSettingFailsEveryCall) {
         {"TARVEX_URL", "tcp://127.0.0.1:1"}, {"TARVEX_URL", "nats://"},      {"TARVEX_URL", "nats://a,,b"},
         {"TARVEX_URL", "nats://a,http://b"}, {"TARVEX_DOMAIN", "two.words"}, {"TARVEX_STORE", "a*"},
         {"TARVEX_CERT", "without-a-key"},    {"TARVEX_NUMBER", "0"}};
-    for (const auto& [name, value] : settings)
+    for (const auto& setting : settings)
         EXPECT_TRUE(InOwnProcess([&] {
             Use("nats://127.0.0.1:1");
-            setenv(name, value, 1);
+            setenv(setting.first, setting.second, 1);
             EXPECT_TRUE(FailedWith(Send("k", "x"), TvxErrorInvalid));
             EXPECT_TRUE(FailedWith(TvxWait(0), TvxErrorInvalid));
-        })) << name
-            << "=" << value;
+        })) << setting.first
+            << "=" << setting.second;
 }
 
 TEST_F(Program, WithoutAServerCallsFailAtOnceUntilThereIsOne) {

@@ -18,9 +18,17 @@ double ParseSoundSpeed(const char* text) {
     return *speed;
 }
 
+std::string ParsePart(const char* text) {
+    const std::string part = text ? text : "";
+    if (part != "producer" && part != "receiver" && part != "tool")
+        throw OptionError("--part takes one of producer, receiver, tool");
+    return part;
+}
+
 }  // namespace
 
-const char kUsage[] = "usage: surveymsg-demo [FILE] [--sound-speed M/S] [--all]";
+const char kUsage[] =
+    "usage: surveymsg-demo [FILE] [--sound-speed M/S] [--all] [--nats | --part producer|receiver|tool]";
 
 Options ParseOptions(int argc, const char* const* argv) {
     Options options;
@@ -31,6 +39,10 @@ Options ParseOptions(int argc, const char* const* argv) {
             namesOnly = true;
         } else if (!namesOnly && argument == "--all") {
             options.all = true;
+        } else if (!namesOnly && argument == "--nats") {
+            options.overNetwork = true;
+        } else if (!namesOnly && argument == "--part") {
+            options.part = ParsePart(i + 1 < argc ? argv[++i] : nullptr);
         } else if (!namesOnly && argument == "--help") {
             options.help = true;
         } else if (!namesOnly && argument == "--sound-speed") {

@@ -10,6 +10,8 @@ struct Options {
     std::string file;            ///< the shots; empty for the sample inside the program
     double soundSpeed = 1499.3;  ///< metres per second
     bool all = false;            ///< show every element of every message
+    bool overNetwork = false;    ///< three processes and a server between them
+    std::string part;            ///< "producer", "receiver" or "tool" alone; empty for all
     bool help = false;
 };
 

@@ -132,4 +132,10 @@ void Producer::SendRecord(const Solution& solution) const {
     if (!position.SendOrvanePosn()) FailOnBus("the raw record cannot be sent");
 }
 
+void Producer::SendEnd() const {
+    CMsg end;
+    end.MsgKey = kEndKey;
+    SendOrFail(end, "the end");
+}
+
 }  // namespace demo

@@ -11,6 +11,8 @@
 
 namespace demo {
 
+inline constexpr const char* kEndKey = "Demo~End";
+
 /// The program that has the measurements: it sends the transducer's positions, and the transponder's once
 /// that is solved, with the observations it rests on. A call that the library refuses raises
 /// `LibraryFailure`; the library's exceptions pass through.
@@ -34,6 +36,9 @@ public:
 
     /// Sends the position once more as a raw record, with the format that describes it.
     void SendRecord(const Solution& solution) const;
+
+    /// Says under `kEndKey` that this was all: what one sender sends arrives in its order.
+    void SendEnd() const;
 
 private:
     void Observe(std::size_t index, const Solution& solution, CAcObsMsg& observation) const;

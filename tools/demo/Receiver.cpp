@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "demo/LibraryFailure.h"
+#include "demo/Producer.h"
 
 #if defined(_WIN32)
 #include <windows.h>
@@ -35,13 +36,17 @@ void SubscribeTo(const char* msgKey) {
 
 Receiver::Receiver(OnMessage onPosition, OnMessage onRecord)
     : onPosition_(std::move(onPosition)), onRecord_(std::move(onRecord)) {
-    for (const char* msgKey : {kFixKey, kPositionKey, kRecordKey}) SubscribeTo(msgKey);
+    for (const char* msgKey : {kFixKey, kPositionKey, kRecordKey, kEndKey}) SubscribeTo(msgKey);
 }
 
 bool Receiver::ReceiveOne(std::uint32_t wait) {
     if (!received_.Receive(wait)) {
         if (GetLastError() != TvxErrorNothing) FailOnBus("the bus gave no message");
         return false;
+    }
+    if (received_.MsgKey.View() == kEndKey) {
+        isAtEnd_ = true;
+        return true;
     }
     CString formatKey;  // used where the key has no class
     received_.CombineKeys(&formatKey);

@@ -36,6 +36,8 @@ public:
     std::uint64_t FixBytes() const { return fixBytes_; }
     const std::vector<Arrival>& Positions() const { return positions_; }
     std::size_t RecordCount() const { return recordCount_; }
+    /// Whether the producer has said that this was all.
+    bool IsAtEnd() const { return isAtEnd_; }
 
 private:
     OnMessage onPosition_;
@@ -45,6 +47,7 @@ private:
     std::uint64_t fixBytes_ = 0;
     std::vector<Arrival> positions_;
     std::size_t recordCount_ = 0;
+    bool isAtEnd_ = false;
 };
 
 }  // namespace demo
