@@ -35,7 +35,10 @@ Link::Link(const EngineSettings& settings, std::string name, Journal& journal, U
     : settings_(settings), name_(std::move(name)), journal_(journal), user_(user) {}
 
 bool Link::Start() {
-    std::call_once(start_, [this] { FirstStart(); });
+    if (!started_) {
+        const std::lock_guard lock(starting_);
+        if (!started_) FirstStart();
+    }
     return wasUp_;
 }
 

@@ -59,7 +59,7 @@ private:
     Journal& journal_;
     User& user_;
 
-    std::once_flag start_;
+    std::mutex starting_;
     std::atomic<bool> started_ = false;
     std::atomic<bool> wasUp_ = false;
     std::shared_ptr<EventLoop> loop_;

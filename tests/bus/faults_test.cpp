@@ -184,6 +184,72 @@ TEST_P(Faults, TheServerStaysAwayUntilTheOutboxIsFull) {
     Judge("server away 2 s, sender flat out with 100 MB", *sender, *reader);
 }
 
+// A second network beside this machine's own, and a link between them that can be cut without a word to
+// either side.
+class OtherNetwork {
+public:
+    static constexpr const char* kHere = "10.213.77.1";
+    static constexpr const char* kThere = "10.213.77.2";
+
+    OtherNetwork() {
+        isThere_ = Run("ip netns add tarvex-test") &&
+                   Run("ip link add tarvex-a type veth peer name tarvex-b netns tarvex-test") &&
+                   Run(std::string("ip address add ") + kHere + "/24 dev tarvex-a") && Run("ip link set tarvex-a up") &&
+                   Run(kInside + "ip address add " + kThere + "/24 dev tarvex-b") &&
+                   Run(kInside + "ip link set tarvex-b up");
+    }
+    ~OtherNetwork() {
+        Run("ip netns delete tarvex-test");
+        Run("ip link delete tarvex-a");
+    }
+
+    bool IsThere() const { return isThere_; }
+    bool Cut() { return Turn("add"); }
+    bool Mend() { return Turn("delete"); }
+    static std::vector<std::string> Inside(std::vector<std::string> command) {
+        const std::vector<std::string> words = {"ip", "netns", "exec", "tarvex-test"};
+        command.insert(command.begin(), words.begin(), words.end());
+        return command;
+    }
+
+private:
+    inline static const std::string kInside = "ip netns exec tarvex-test ";
+
+    static bool Run(const std::string& command) { return std::system((command + " 2>/dev/null").c_str()) == 0; }
+    static bool Turn(const char* what) {
+        return Run(std::string("ip route ") + what + " blackhole " + kThere + "/32") &&
+               Run(kInside + "ip route " + what + " blackhole " + kHere + "/32");
+    }
+
+    bool isThere_ = false;
+};
+
+TEST_P(Faults, TheNetworkIsCut) {
+    OtherNetwork network;
+    if (!network.IsThere()) GTEST_SKIP() << "no network can be made here: that takes root and the ip command";
+    EngineServer::Options options;
+    options.stores = IsStored();
+    options.address = OtherNetwork::kHere;
+    server_ = std::make_unique<EngineServer>(options);
+    const auto start = [&](std::vector<std::string> words, int number, bool isInside) {
+        words.insert(words.begin(), BUS_PROBE);
+        auto probe = std::make_unique<Probe>(isInside ? OtherNetwork::Inside(words) : words, Settings(number));
+        EXPECT_TRUE(probe->Await("ready\n"));
+        return probe;
+    };
+    const auto readerHere = start({"receive", "there", "1", "0"}, 1, false);
+    const auto readerThere = start({"receive", "here", "1", "0"}, 2, true);
+    const auto senderHere = start({"send", "here", "7500", "500", "100"}, 3, false);
+    const auto senderThere = start({"send", "there", "7500", "500", "100"}, 4, true);
+    Sleep(2000);
+    ASSERT_TRUE(network.Cut());
+    Sleep(7000);
+    ASSERT_TRUE(network.Mend());
+    Judge("network cut 7 s, sender beyond the cut", *senderThere, *readerHere);
+    EXPECT_EQ(lost_, 0);
+    Judge("network cut 7 s, reader beyond the cut", *senderHere, *readerThere);
+}
+
 INSTANTIATE_TEST_SUITE_P(Bus, Faults, testing::Values(std::string("live"), std::string("stored")),
                          [](const auto& way) { return way.param; });
 

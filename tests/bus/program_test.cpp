@@ -177,6 +177,8 @@ TEST_F(Program, WithoutDescriptorsCallsFailAndWorkLater) {
     const EngineServer server;
     EXPECT_TRUE(InOwnProcess([&] {
         Use(server.Url());
+        const rlimit few{64, 64};
+        setrlimit(RLIMIT_NOFILE, &few);
         std::vector<int> taken;
         for (int descriptor; (descriptor = open("/dev/null", O_RDONLY | O_CLOEXEC)) >= 0;) taken.push_back(descriptor);
         EXPECT_TRUE(FailedWith(Send("k", "x"), TvxErrorNotConnected));
