@@ -19,8 +19,8 @@ OptionsOwner MakeOptions(EventLoop& loop, const EngineSettings& settings, const 
     const auto file = [](const std::string& path) { return path.empty() ? nullptr : path.c_str(); };
     bool done =
         natsOptions_SetServers(made, servers.data(), static_cast<int>(servers.size())) == NATS_OK &&
-        natsOptions_SetTimeout(made, kConnectWait) == NATS_OK && natsOptions_SetName(made, name.c_str()) == NATS_OK &&
-        natsOptions_SetAllowReconnect(made, false) == NATS_OK &&
+        natsOptions_SetNoRandomize(made, true) == NATS_OK && natsOptions_SetTimeout(made, kConnectWait) == NATS_OK &&
+        natsOptions_SetName(made, name.c_str()) == NATS_OK && natsOptions_SetAllowReconnect(made, false) == NATS_OK &&
         natsOptions_SetPingInterval(made, kNoPings) == NATS_OK && natsOptions_SetSendAsap(made, true) == NATS_OK &&
         natsOptions_UseGlobalMessageDelivery(made, true) == NATS_OK &&
         natsOptions_SetClosedCB(made, handlers.closed, handlers.closure) == NATS_OK &&

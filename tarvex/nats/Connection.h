@@ -19,7 +19,7 @@ public:
         void* closure;
     };
 
-    /// Tries each server in turn, at most two seconds each. Null if none serves; `why` then says so.
+    /// Tries the servers in the order of the list, at most two seconds each. Null if none serves; `why` then says so.
     static std::shared_ptr<Connection> Open(const std::shared_ptr<EventLoop>& loop, const EngineSettings& settings,
                                             const std::string& name, const Handlers& handlers, std::string& why);
     ~Connection();

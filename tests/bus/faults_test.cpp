@@ -15,12 +15,12 @@
 #include <string>
 #include <thread>
 
-#include "server/ChildProcess.h"
+#include "bus/Probe.h"
 #include "server/EngineServer.h"
 
 namespace {
 
-using server::ChildProcess;
+using bus::Probe;
 using server::EngineServer;
 using std::chrono::milliseconds;
 
@@ -30,18 +30,6 @@ int Scale() {
 }
 
 void Sleep(int time) { std::this_thread::sleep_for(milliseconds(time)); }
-
-/// A `bus_probe`.
-class Probe : public ChildProcess {
-public:
-    using ChildProcess::ChildProcess;
-
-    /// A number that it said; -1 if it said none.
-    std::int64_t Get(const std::string& name) {
-        const std::size_t at = Output().find(name + "=");
-        return at == std::string::npos ? -1 : std::atoll(Output().c_str() + at + name.size() + 1);
-    }
-};
 
 // Live or stored, each on a server of its own.
 class Faults : public testing::TestWithParam<std::string> {
@@ -63,17 +51,13 @@ protected:
         return settings;
     }
     std::unique_ptr<Probe> Reader(int number, int senders = 1, int delay = 0) const {
-        auto reader = std::make_unique<Probe>(
-            std::vector<std::string>{BUS_PROBE, "receive", "k", std::to_string(senders), std::to_string(delay)},
-            Settings(number));
-        EXPECT_TRUE(reader->Await("ready\n"));
+        auto reader = std::make_unique<Probe>(Probe::Receive("k", senders, delay), Settings(number));
+        EXPECT_TRUE(reader->IsReady());
         return reader;
     }
     std::unique_ptr<Probe> Sender(int number, int count, int rate, int size = 100) const {
-        auto sender = std::make_unique<Probe>(std::vector<std::string>{BUS_PROBE, "send", "k", std::to_string(count),
-                                                                       std::to_string(rate), std::to_string(size)},
-                                              Settings(number));
-        EXPECT_TRUE(sender->Await("ready\n"));
+        auto sender = std::make_unique<Probe>(Probe::Send("k", count, rate, size), Settings(number));
+        EXPECT_TRUE(sender->IsReady());
         return sender;
     }
     std::string Journal() const {
@@ -167,7 +151,7 @@ TEST_P(Faults, AReaderStandsStill) {
 
 TEST_P(Faults, AReaderIsSlowerThanItsSender) {
     const auto reader = Reader(1, 1, 20);
-    const auto sender = Sender(2, 150000, 0);
+    const auto sender = Sender(2, 100000, 0);
     Judge("reader of some 13,000 a second, sender flat out", *sender, *reader);
     if (!IsStored()) {
         EXPECT_GT(lost_, 0);  // else nothing was tried
@@ -231,16 +215,15 @@ TEST_P(Faults, TheNetworkIsCut) {
     options.stores = IsStored();
     options.address = OtherNetwork::kHere;
     server_ = std::make_unique<EngineServer>(options);
-    const auto start = [&](std::vector<std::string> words, int number, bool isInside) {
-        words.insert(words.begin(), BUS_PROBE);
-        auto probe = std::make_unique<Probe>(isInside ? OtherNetwork::Inside(words) : words, Settings(number));
-        EXPECT_TRUE(probe->Await("ready\n"));
+    const auto start = [&](const std::vector<std::string>& command, int number) {
+        auto probe = std::make_unique<Probe>(command, Settings(number));
+        EXPECT_TRUE(probe->IsReady());
         return probe;
     };
-    const auto readerHere = start({"receive", "there", "1", "0"}, 1, false);
-    const auto readerThere = start({"receive", "here", "1", "0"}, 2, true);
-    const auto senderHere = start({"send", "here", "7500", "500", "100"}, 3, false);
-    const auto senderThere = start({"send", "there", "7500", "500", "100"}, 4, true);
+    const auto readerHere = start(Probe::Receive("there"), 1);
+    const auto readerThere = start(OtherNetwork::Inside(Probe::Receive("here")), 2);
+    const auto senderHere = start(Probe::Send("here", 7500, 500), 3);
+    const auto senderThere = start(OtherNetwork::Inside(Probe::Send("there", 7500, 500)), 4);
     Sleep(2000);
     ASSERT_TRUE(network.Cut());
     Sleep(7000);

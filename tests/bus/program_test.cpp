@@ -222,6 +222,36 @@ TEST_F(Program, WhatTheServerDoesNotPermitIsRefused) {
     }));
 }
 
+TEST_F(Program, AServerBehindTlsIsTrustedByItsAuthorityOnly) {
+    std::string folder = (std::filesystem::temp_directory_path() / "tarvex-tls-XXXXXX").string();
+    ASSERT_NE(mkdtemp(folder.data()), nullptr);
+    const std::string certificate = folder + "/server.pem", key = folder + "/server.key";
+    const std::string make =
+        "openssl req -x509 -newkey ec -pkeyopt ec_paramgen_curve:prime256v1 -nodes -days 1 "
+        "-subj /CN=localhost -addext subjectAltName=IP:127.0.0.1 -out " +
+        certificate + " -keyout " + key + " 2>/dev/null";
+    ASSERT_EQ(std::system(make.c_str()), 0);
+    EngineServer::Options options;
+    options.configuration = "tls { cert_file: \"" + certificate + "\", key_file: \"" + key + "\" }\n";
+    const EngineServer server(options);
+    const std::string url = "tls://127.0.0.1:" + std::to_string(server.Port());
+    const auto use = [&] {
+        Use(url);
+        setenv("TARVEX_CA", certificate.c_str(), 1);
+    };
+    EXPECT_TRUE(InOwnProcess([&] {
+        use();
+        ASSERT_EQ(Subscribe("k"), 1);
+        for (int i = 0; i < 1000; ++i) ASSERT_EQ(Send("k", std::string(static_cast<std::size_t>(i) * 10, 'x')), 1);
+        for (int i = 0; i < 1000; ++i) ASSERT_EQ(Read().size(), static_cast<std::size_t>(i) * 10);
+    }));
+    EXPECT_TRUE(InOwnProcess([&] {
+        Use(url);
+        EXPECT_TRUE(FailedWith(Send("k", "x"), TvxErrorNotConnected));
+    }));
+    std::filesystem::remove_all(folder);
+}
+
 TEST_F(Program, AStreamGivesTheHistoryThatIsAskedFor) {
     EngineServer::Options options;
     options.stores = true;
