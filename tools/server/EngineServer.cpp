@@ -99,7 +99,7 @@ void EngineServer::Start() {
 // The server writes the ports that it has taken when it is ready.
 void EngineServer::AwaitPort() {
     const std::string path = directory_ + "/nats-server_" + std::to_string(process_) + ".ports";
-    const std::string mark = "\"nats://" + options_.address + ":";
+    const std::string mark = "//" + options_.address + ":";  // the first is for programs, nats: or tls:
     const auto deadline = std::chrono::steady_clock::now() + kStartWait;
     while (std::chrono::steady_clock::now() < deadline) {
         const std::string ports = ReadAll(path);
