@@ -1,11 +1,11 @@
 #include "tarvex/nats/Feed.h"
 
 #include <algorithm>
-#include <array>
 #include <charconv>
 #include <chrono>
 
 #include "tarvex/LastError.h"
+#include "tarvex/nats/Replies.h"
 
 namespace tarvex {
 namespace {
@@ -34,28 +34,6 @@ ContextOwner Store(Connection& connection) {
     jsCtx* made = nullptr;
     natsConnection_JetStream(&made, connection.Get(), &options);
     return ContextOwner(made);
-}
-
-// The places that a delivered message's reply subject tells:
-//     $JS.ACK.<stream>.<consumer>.<times>.<in the stream>.<in the delivery>.<time>.<pending>
-// with two words more behind ACK, and maybe one at the end, from newer servers.
-bool ReadPlaces(const char* reply, std::uint64_t& inStream, std::uint64_t& inDelivery) {
-    if (!reply) return false;
-    std::array<std::string_view, 12> words;
-    std::size_t count = 0;
-    for (std::string_view rest = reply; count < words.size();) {
-        const std::size_t dot = rest.find('.');
-        words[count++] = rest.substr(0, dot);
-        if (dot == std::string_view::npos) break;
-        rest.remove_prefix(dot + 1);
-    }
-    if (count < 9 || words[0] != "$JS" || words[1] != "ACK") return false;
-    const std::size_t at = count >= 11 ? 7 : 5;
-    const auto read = [](std::string_view word, std::uint64_t& number) {
-        const auto [parsed, error] = std::from_chars(word.data(), word.data() + word.size(), number);
-        return error == std::errc{} && parsed == word.data() + word.size() && number != 0;
-    };
-    return read(words[at], inStream) && read(words[at + 1], inDelivery);
 }
 
 const char* Header(natsMsg* message, const char* name) {
@@ -267,12 +245,13 @@ void Feed::Take(natsSubscription* subscription, natsConnection* connection, nats
     const std::lock_guard lock(mutex_);
     if (subscription != current_) return;
     heard_ = Now();
-    std::uint64_t inStream = 0, inDelivery = 0;
-    if (!ReadPlaces(natsMsg_GetReply(message), inStream, inDelivery)) {
+    const char* const reply = natsMsg_GetReply(message);
+    Places places;
+    if (!reply || !ReadPlaces(reply, places)) {
         TakeStatus(connection, message);
         return;
     }
-    if (inDelivery != expected_ || inStream <= position_) {
+    if (places.inDelivery != expected_ || places.inStream <= position_) {
         BreakOff("a gap");
         return;
     }
@@ -286,7 +265,7 @@ void Feed::Take(natsSubscription* subscription, natsConnection* connection, nats
         if (length > kLargestBody || !subjects_.Parse(subject, keys, scratch, address)) {
             journal_.AddAndTell(Count::Foreign, "no message of the bus");
         } else {
-            const auto taken = reader_.Take(address, natsMsg_GetData(message), length, inStream);
+            const auto taken = reader_.Take(address, natsMsg_GetData(message), length, places.inStream);
             if (taken == ReaderSide::Taken::Full) {
                 isFull_ = true;
                 BreakOff("the program is behind and its queue full");
@@ -299,7 +278,7 @@ void Feed::Take(natsSubscription* subscription, natsConnection* connection, nats
         BreakOff("memory is at its end");
         return;
     }
-    position_ = inStream;
+    position_ = places.inStream;
 }
 
 // Wants `mutex_`. The store asks in between whether it may go on, and tells that it is there.

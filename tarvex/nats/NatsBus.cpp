@@ -31,6 +31,7 @@ NatsBus::NatsBus(Identity identity, EngineSettings settings)
     : identity_(std::move(identity)),
       settings_(std::move(settings)),
       run_(NewRun()),
+      numberRoot_(NumberRoot(settings_.domain)),
       subjects_(settings_.domain, identity_),
       journal_(NameFor(identity_)),
       publications_(identity_),
@@ -130,11 +131,9 @@ void NatsBus::TakeLive(natsMsg* message) {
         journal_.AddAndTell(Count::Foreign, "no message of the bus");
         return;
     }
-    std::string_view run;
-    std::uint64_t number = 0;
-    bool isAgain = false;
     const char* const reply = natsMsg_GetReply(message);
-    if (reply && sender_.ReadNumber(reply, run, number, isAgain) && !repeats_.IsNew(run, number, isAgain)) {
+    Number number;
+    if (reply && ReadNumber(reply, numberRoot_, number) && !repeats_.IsNew(number)) {
         journal_.Add(Count::Repeated);
         return;
     }

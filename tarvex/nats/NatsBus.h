@@ -53,6 +53,7 @@ private:
     const Identity identity_;
     const EngineSettings settings_;
     const std::string run_;  // tells this run of the program from all others
+    const std::string numberRoot_;
     const Subjects subjects_;
     Journal journal_;
     Publications publications_;

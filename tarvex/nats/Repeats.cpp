@@ -2,16 +2,16 @@
 
 namespace tarvex {
 
-bool Repeats::IsNew(std::string_view run, std::uint64_t number, bool isAgain) {
-    auto known = last_.find(run);
+bool Repeats::IsNew(const Number& number) {
+    auto known = last_.find(number.run);
     if (known == last_.end()) {
         if (last_.size() >= kMostRuns) last_.clear();
-        last_.emplace(run, number);
+        last_.emplace(number.run, number.number);
         return true;
     }
     std::uint64_t& last = known->second;
-    if (number == last || (isAgain && number < last)) return false;
-    last = number;
+    if (number.number == last || (number.isAgain && number.number < last)) return false;
+    last = number.number;
     return true;
 }
 

@@ -5,6 +5,8 @@
 #include <string_view>
 #include <unordered_map>
 
+#include "tarvex/nats/Replies.h"
+
 namespace tarvex {
 
 /// Tells a message that came already. Each run of a sender numbers its messages; after a cut it sends the
@@ -12,8 +14,7 @@ namespace tarvex {
 /// such a one can be taken for a repeat: a false number loses no message that is not marked.
 class Repeats {
 public:
-    /// One run's mark and a message's number in it.
-    bool IsNew(std::string_view run, std::uint64_t number, bool isAgain);
+    bool IsNew(const Number& number);
 
 private:
     static constexpr std::size_t kMostRuns = 4096;  // then the memory of all starts anew

@@ -3,6 +3,7 @@
 #include <charconv>
 
 #include "tarvex/LastError.h"
+#include "tarvex/nats/Replies.h"
 
 namespace tarvex {
 namespace {
@@ -16,7 +17,6 @@ constexpr milliseconds kRoomWait(10000);
 constexpr std::uint64_t kHurryCount = 32768;
 constexpr std::size_t kHurryBytes = Outbox::kMostBytes / 8;
 constexpr std::size_t kHeaderRoom = 128;  // names and ends of a message's headers
-constexpr std::string_view kAgain = ".again";
 constexpr int kLongestNumber = 20;
 
 std::int64_t Now() { return std::chrono::duration_cast<milliseconds>(steady_clock::now().time_since_epoch()).count(); }
@@ -28,8 +28,7 @@ Sender::Sender(const EngineSettings& settings, const Subjects& subjects, const s
     : stores_(!settings.stream.empty()),
       subjects_(subjects),
       run_(run),
-      numberRoot_(settings.domain + ".n."),
-      numberHead_(numberRoot_ + run + "."),
+      numberHead_(NumberRoot(settings.domain) + run + "."),
       ackHead_("_INBOX." + run + ".k."),
       journal_(journal),
       link_(link) {}
@@ -91,9 +90,9 @@ natsStatus Sender::Put(const Outbox::Entry& entry) {
     natsConnection* const connection = connection_->Get();
     const std::string& head = stores_ ? ackHead_ : numberHead_;
     char reply[256];
-    char* end = reply + head.copy(reply, sizeof reply - kLongestNumber - kAgain.size() - 1);
+    char* end = reply + head.copy(reply, sizeof reply - kLongestNumber - kAgainMark.size() - 1);
     end = std::to_chars(end, end + kLongestNumber, entry.number).ptr;
-    if (!stores_ && entry.number <= highest_) end += kAgain.copy(end, kAgain.size());
+    if (!stores_ && entry.number <= highest_) end += kAgainMark.copy(end, kAgainMark.size());
     *end = '\0';
     if (stores_) return PutStored(entry, reply);
     const int length = static_cast<int>(entry.bodyLength);
@@ -249,19 +248,6 @@ void Sender::AllowAll() {
 bool Sender::IsDenied(const std::string& subject) const {
     const std::lock_guard lock(denials_);
     return denied_.contains(subject);
-}
-
-bool Sender::ReadNumber(std::string_view reply, std::string_view& run, std::uint64_t& number, bool& isAgain) const {
-    if (!reply.starts_with(numberRoot_)) return false;
-    reply.remove_prefix(numberRoot_.size());
-    isAgain = reply.ends_with(kAgain);
-    if (isAgain) reply.remove_suffix(kAgain.size());
-    const std::size_t dot = reply.find('.');
-    if (dot == std::string_view::npos) return false;
-    run = reply.substr(0, dot);
-    const char* const end = reply.data() + reply.size();
-    const auto [parsed, error] = std::from_chars(reply.data() + dot + 1, end, number);
-    return error == std::errc{} && parsed == end;
 }
 
 }  // namespace tarvex

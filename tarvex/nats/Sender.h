@@ -40,9 +40,6 @@ public:
     std::string AckSubject() const { return ackHead_ + "*"; }
     void TakeAck(natsMsg* message);
 
-    /// Takes a message's number from the reply subject that it came with. False if it has none.
-    bool ReadNumber(std::string_view reply, std::string_view& run, std::uint64_t& number, bool& isAgain) const;
-
 private:
     using Lock = std::unique_lock<std::mutex>;
 
@@ -56,8 +53,7 @@ private:
     const bool stores_;
     const Subjects& subjects_;
     const std::string run_;
-    const std::string numberRoot_;  // before a run in the reply subject of a live message
-    const std::string numberHead_;  // before this run's numbers
+    const std::string numberHead_;  // of a live message's reply subject, before its number
     const std::string ackHead_;
     Journal& journal_;
     Link& link_;
