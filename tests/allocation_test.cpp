@@ -124,10 +124,6 @@ TEST(MemoryEnds, WhileFormattingAndSending) {
                   },
                   [&] { EXPECT_EQ(Format(position, 100), kLong); }),
               0);
-    CMsg received;
-    received.MsgKey = "PRX~Position";
-    received.InstanceIdentifier = "*";
-    ASSERT_EQ(received.Subscribe(0), 1);
     EXPECT_GT(RefuseEach(
                   [&] {
                       position.Unpublish();
@@ -135,7 +131,119 @@ TEST(MemoryEnds, WhileFormattingAndSending) {
                   },
                   [&] { EXPECT_NE(position.Send(), 0); }),
               2);
-    RefuseEach([&] { return received.OnReceive() != 0; }, [] {});
+}
+
+// A message is taken from the bus or stays there.
+TEST(MemoryEnds, WhileReceivingAndLosesNoMessage) {
+    CPosnMsg position;
+    position.Name = kLong;
+    CMsg reader;
+    reader.MsgKey = "PRX~Position";
+    reader.InstanceIdentifier = kLong;
+    ASSERT_EQ(reader.Subscribe(0), 1);
+    ASSERT_NE(position.Send(), 0);
+    std::unique_ptr<CMsg> received = std::make_unique<CMsg>();
+    bool isTaken = false;
+    EXPECT_GT(RefuseEach(
+                  [&] {
+                      isTaken = false;
+                      return isTaken = received->OnReceive() != 0;
+                  },
+                  [&] {
+                      if (!isTaken) {
+                          ASSERT_NE(received->OnReceive(), 0);
+                      }
+                      EXPECT_EQ(received->InstanceIdentifier, kLong);
+                      EXPECT_EQ(received->Body, position.Body);
+                      ASSERT_NE(position.Send(), 0);
+                      received = std::make_unique<CMsg>();
+                  }),
+              3);
+    EXPECT_EQ(received->Body, position.Body);
+    reader.Unsubscribe();
+}
+
+TEST(MemoryEnds, WhileListsGrowAndAreCopied) {
+    CStringArray texts;
+    CPtrArray pointers;
+    CMapStringToOb map;
+    for (int i = 0; i < 8; ++i) {
+        texts.Add(kLong);
+        pointers.Add(&texts);
+        map[(std::string(kLong) + std::to_string(i)).c_str()] = nullptr;
+    }
+    EXPECT_GT(RefuseEach(
+                  [&] {
+                      CStringArray copied(texts), assigned;
+                      assigned = texts;
+                      assigned.Reserve(100);
+                      return copied.Add(kLong) == 8 && assigned.GetSize() == 8;
+                  },
+                  [&] { EXPECT_EQ(texts.GetSize(), 8); }),
+              17);
+    EXPECT_GT(RefuseEach(
+                  [&] {
+                      CPtrArray copied(pointers), assigned;
+                      assigned = pointers;
+                      assigned.Reserve(100);
+                      copied.SetAtGrow(99, nullptr);
+                      return copied.GetSize() == 100 && assigned.GetSize() == 8;
+                  },
+                  [&] { EXPECT_EQ(pointers.GetSize(), 8); }),
+              3);
+    EXPECT_GT(RefuseEach(
+                  [&] {
+                      map["the ninth, at which the map is indexed"] = nullptr;
+                      map.Reserve(100);
+                      return map.GetCount() == 9;
+                  },
+                  [&] {
+                      CObject* found = nullptr;
+                      EXPECT_EQ(map.Lookup((kLong + std::string("7")).c_str(), found), 1);
+                      EXPECT_EQ(map.Lookup("none", found), 0);
+                  }),
+              3);
+    CPosnListMsg list;
+    list.PositionNames = texts;
+    EXPECT_GT(RefuseEach(
+                  [&] {
+                      CPosnListMsg other;
+                      other.Copy(list);
+                      return other.PositionNames.GetSize() == 8;
+                  },
+                  [] {}),
+              8);
+    CMobTransMsg mobile;
+    for (int i = 0; i < 8; ++i) mobile.Ranges.Add(new CTransRange);
+    CMobTransMsg copy;
+    EXPECT_GT(RefuseEach([&] { return &(copy = mobile) == &copy; },
+                         [&] {
+                             copy = mobile;
+                             EXPECT_EQ(copy.Ranges.GetSize(), 8);
+                         }),
+              7);
+}
+
+TEST(MemoryEnds, WhileMembersAreUsed) {
+    CCompPosnMsg position;
+    Fill(position);
+    EXPECT_GT(RefuseEach(
+                  [&] {
+                      CPtrArray rows;
+                      if (!position.GetMemberDefinitions(&rows)) return false;
+                      for (int i = 0; i < rows.GetSize(); ++i) {
+                          const auto id = static_cast<MemberDefinition*>(rows[i])->Id;
+                          CString text;
+                          char copy[256];
+                          position.GetObservation(0)->Name = CString();
+                          if (!position.FormatString(id, 0, "%60s", &text) && id < 209) return false;
+                          position.GetObservation(0)->Name = CString();
+                          if (!position.MemberCopy(id, 0, copy)) return false;
+                      }
+                      return true;
+                  },
+                  [&] { EXPECT_EQ(Format(position, 200), kLong + std::string("0->") + kLong); }),
+              10);
 }
 
 TEST(MemoryEnds, WhileFetchingAFormat) {
@@ -157,6 +265,27 @@ TEST(MemoryEnds, WhileFetchingAFormat) {
                   },
                   [] {}),
               5);
+
+    CMapStringToOb cache;
+    CExtMsg message, other;
+    EXPECT_GT(RefuseEach([&] { return message.GetMsgFmt("*.*.0.memory.%", cache) == 1; },
+                         [&] {
+                             EXPECT_EQ(message.FormatRoot, nullptr);
+                             EXPECT_TRUE(cache.IsEmpty());
+                         }),
+              5);
+    message.Body = CString(std::string(64, '\0').c_str(), 64);
+    EXPECT_GT(RefuseEach(
+                  [&] {
+                      CPtrArray listed;
+                      CString text;
+                      return message.GetMemberDefinitions(&listed) == 1 &&
+                             message.FormatString(100, 0, "%60f", &text) == 1 && &(other = message) == &other;
+                  },
+                  [] {}),
+              3);
+    EXPECT_EQ(Format(other, 101, "%.1f", 2), "0.0");
+    delete cache.GetAt(0);
 }
 
 // Ten thousand bodies of 100 bytes would hold 1.2 GB if each kept what was reserved for it; and writing one

@@ -68,9 +68,9 @@ int CExtMsg::GetMsgFmt(CString key, CMapStringToOb& cache) {
     FormatRoot = nullptr;
     try {
         if (!BuildDefn(format.get(), nullptr, CString(), 0)) return 0;
-    } catch (...) {
+    } catch (const std::bad_alloc&) {
         FormatRoot = nullptr;  // what there was of it has gone
-        throw;
+        throw CMemoryException();
     }
     std::unique_ptr<CExtFormatDefn> root(std::exchange(FormatRoot, nullptr));
     root->Format = std::move(format);
