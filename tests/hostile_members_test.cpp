@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <bit>
 #include <cmath>
 #include <cstring>
 #include <memory>
@@ -137,7 +138,8 @@ TEST(HostileNumbers, BecomeZeroInIntegersAndATextEverywhere) {
                 if (row->Width < 8) {
                     EXPECT_EQ(stored, 0.0) << className << " " << row->Label;
                 } else {
-                    EXPECT_EQ(std::memcmp(&stored, &value, sizeof value), 0) << className << " " << row->Label;
+                    EXPECT_EQ(std::bit_cast<std::uint64_t>(stored), std::bit_cast<std::uint64_t>(value))
+                        << className << " " << row->Label;
                 }
                 for (const char* format : {"%f", "%d", "%x", "%c", "%.999f", "%999.999e", "%a", "DEG%f MIN%f SEC%f E",
                                            "DEG%d MIN%d SEC%d N", "%Y-%m-%d"})
