@@ -24,6 +24,6 @@ endif()
 
 if(SURVEYMSG_SANITIZE)
     target_compile_options(surveymsg_options INTERFACE
-        -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
-    target_link_options(surveymsg_options INTERFACE -fsanitize=address,undefined)
+        -fsanitize=${SURVEYMSG_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    target_link_options(surveymsg_options INTERFACE -fsanitize=${SURVEYMSG_SANITIZE})
 endif()

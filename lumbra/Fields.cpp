@@ -68,19 +68,12 @@ using namespace lumbra;
 int LmbListFields(const msgfmt* format, const msguser* structure, msguser* fields, int capacity, int* count) {
     if (!count) return 0;
     *count = 0;
+    if (!fields && capacity > 0) return 0;
     const Record record(format);
-    if (!record.IsSound() || (!fields && capacity > 0)) return 0;
-    int first = 0;
-    int end = record.RowCount();
-    if (structure) {
-        // A listed row carries its place in the record, plus one.
-        if (structure->Private == 0 || structure->Private > static_cast<std::uint32_t>(end)) return 0;
-        first = static_cast<int>(structure->Private);
-        const Row opened = record.RowAt(first - 1);
-        if (opened.storage != MsgStorageOpen) return 0;
-        end = first + opened.inside;
-    }
-    for (int i = first; i < end && *count < capacity; ++i) {
+    // A listed row carries its place in the record, plus one.
+    const Record::Rows rows = structure ? record.Inside(structure->Private - 1) : record.All();
+    if (!rows.isSound) return 0;
+    for (int i = rows.first; i < rows.end && *count < capacity; ++i) {
         const Row row = record.RowAt(i);
         fields[(*count)++] = {row.storage,
                               row.display,

@@ -24,10 +24,21 @@ Record::Record(const msgfmt* format) : bytes_(reinterpret_cast<const char*>(form
     Extent extent;
     std::memcpy(&extent, bytes_ + sizeof(msgfmt), sizeof extent);
     namesAt_ = kRowsAt + extent.rowCount * static_cast<std::uint32_t>(sizeof(Row));
-    if (namesAt_ >= length_ || extent.rowCount != format->FieldCount) return;
+    if (namesAt_ >= length_ || extent.rowCount != format->FieldCount || extent.topSize > extent.recordSize) return;
     rows_ = bytes_ + kRowsAt;
     rowCount_ = extent.rowCount;
-    if (extent.topSize > extent.recordSize || !IsSoundBetween(0, rowCount_, extent.topSize, 0)) rows_ = nullptr;
+    size_ = extent.topSize;
+}
+
+Record::Rows Record::All() const { return {0, rowCount_, rowCount_ > 0 && IsSoundBetween(0, rowCount_, size_, 0)}; }
+
+Record::Rows Record::Inside(std::uint32_t opened) const {
+    if (opened >= static_cast<std::uint32_t>(rowCount_)) return {};
+    const int first = static_cast<int>(opened) + 1;
+    const Row row = RowAt(first - 1);
+    const int end = first + row.inside;
+    if (row.storage != MsgStorageOpen || end > rowCount_) return {};
+    return {first, end, IsSoundBetween(first, end, row.size, 1)};
 }
 
 Row Record::RowAt(int index) const {

@@ -40,13 +40,22 @@ struct Row {
 };
 static_assert(sizeof(Row) == 12);
 
-/// Reads a record that may come from anywhere: sound only if every place, size and nesting in it holds.
+/// Reads a record that may come from anywhere: sound only if every place, size and nesting in it holds. Of
+/// one structure only what it encloses is looked at, so that listing all structures of a record, one after
+/// the other, takes time in proportion to its rows and depth.
 class Record {
 public:
     explicit Record(const msgfmt* format);
 
-    bool IsSound() const { return rows_ != nullptr; }
-    int RowCount() const { return rowCount_; }
+    /// Rows [first, end), with those within.
+    struct Rows {
+        int first = 0;
+        int end = 0;
+        bool isSound = false;
+    };
+    Rows All() const;
+    /// What the structure in row `opened` encloses.
+    Rows Inside(std::uint32_t opened) const;
     Row RowAt(int index) const;
     const char* NameOf(const Row& row) const { return bytes_ + row.name; }
 
@@ -55,7 +64,8 @@ private:
 
     const char* bytes_;
     const char* rows_ = nullptr;
-    int rowCount_ = 0;
+    int rowCount_ = 0;  // 0 if the head is not sound
+    std::uint32_t size_ = 0;
     std::uint32_t namesAt_ = 0;
     std::uint32_t length_ = 0;
 };

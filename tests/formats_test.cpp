@@ -139,6 +139,20 @@ TEST(Formats, NoChangedByteReachesOutside) {
         }
 }
 
+// The work of listing all structures of a record stays in proportion to its rows.
+TEST(Formats, ListingAStructureLooksAtNothingElse) {
+    const Format format = Build(kOuter, sizeof(Outer));
+    msguser fields[8];
+    int count = 0;
+    ASSERT_EQ(LmbListFields(format.get(), nullptr, fields, 8, &count), 1);
+    constexpr std::size_t kRowsAt = 24, kRowSize = 12, kSizeAt = 6;
+    reinterpret_cast<unsigned char*>(format.get())[kRowsAt + kSizeAt] = 9;  // of "id"
+    EXPECT_EQ(LmbListFields(format.get(), nullptr, fields + 7, 1, &count), 0);
+    EXPECT_EQ(Listing(format.get(), &fields[2]), "flag@0*0:1 value@8*0:8 ");
+    reinterpret_cast<unsigned char*>(format.get())[kRowsAt + 3 * kRowSize + kSizeAt] = 9;  // of "flag"
+    EXPECT_EQ(Listing(format.get(), &fields[2]), "");
+}
+
 TEST(Formats, ListNoMoreThanTheCapacityAndOnlyTheirOwnStructures) {
     const Format format = Build(kOuter, sizeof(Outer));
     msguser fields[8];

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <random>
+
 #include "support/Text.h"
 #include "support/Vectors.h"
 
@@ -59,6 +61,33 @@ TEST_P(EveryVector, RefusesOtherSchemas) {
     const auto message = MakeByClass(vector.className);
     for (const char schema : {'\0', '\5', '\xEE'})
         EXPECT_EQ(FailureOf(*message, schema + vector.bytes.substr(1)), "7 " + vector.className);
+}
+
+// Loads, or fails in one of the two ways that bytes can; and whatever came before, good bytes load.
+TEST_P(EveryVector, TakesGoodBytesAfterChangedAndRandomOnes) {
+    const Vector& vector = GetParam();
+    const auto message = MakeByClass(vector.className);
+    const auto isKnown = [](const std::string& failure) {
+        return failure == "none" || failure == "3 " || failure.substr(0, 2) == "7 ";
+    };
+    for (std::size_t place = 0; place < vector.bytes.size(); ++place)
+        for (const char change : {'\x01', '\x80', '\xFF'}) {
+            std::string changed = vector.bytes;
+            changed[place] = static_cast<char>(changed[place] ^ change);
+            ASSERT_TRUE(isKnown(FailureOf(*message, changed))) << place;
+            ASSERT_EQ(FailureOf(*message, vector.bytes), "none") << place;
+        }
+    std::mt19937 random(7);
+    for (int body = 0; body < 500; ++body) {
+        std::string bytes(1 + random() % 400, vector.bytes[0]);  // begins with its schema
+        for (std::size_t place = 1; place < bytes.size(); ++place)
+            bytes[place] = static_cast<char>(random() % 4 ? random() % 3 : random());
+        ASSERT_TRUE(isKnown(FailureOf(*message, bytes)));
+    }
+    EXPECT_EQ(FailureOf(*message, vector.bytes), "none");
+    if (vector.newest) {
+        EXPECT_EQ(Encoded(*message), vector.bytes);
+    }
 }
 
 INSTANTIATE_TEST_SUITE_P(Stream, EveryVector, testing::ValuesIn(AllVectors()),

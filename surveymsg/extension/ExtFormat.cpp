@@ -68,9 +68,9 @@ int CExtMsg::GetMsgFmt(CString key, CMapStringToOb& cache) {
     FormatRoot = nullptr;
     try {
         if (!BuildDefn(format.get(), nullptr, CString(), 0)) return 0;
-    } catch (...) {
+    } catch (const std::bad_alloc&) {
         FormatRoot = nullptr;  // what there was of it has gone
-        throw;
+        throw CMemoryException();
     }
     std::unique_ptr<CExtFormatDefn> root(std::exchange(FormatRoot, nullptr));
     root->Format = std::move(format);
@@ -103,6 +103,7 @@ int CExtMsg::BuildDefn(msgfmt* format, msguser* parent, CString prefix, int base
     }
     if (count > root.entriesLeft || ++root.depth > kMostLevels) root.sound = false;
     root.entriesLeft -= count;
+    if (made) root.Fields.Reserve(count);  // exact for a flat format
     for (int i = 0; i < count && root.sound; ++i) {
         msguser& field = listing[static_cast<std::size_t>(i)];
         const int offset = base + field.Offset;
@@ -111,17 +112,18 @@ int CExtMsg::BuildDefn(msgfmt* format, msguser* parent, CString prefix, int base
         } else if (IsStructure(field)) {
             BuildDefn(format, &field, prefix, offset);
         } else {
-            auto leaf = std::make_unique<CExtFieldDefn>();
-            if (!prefix.IsEmpty()) leaf->Name = prefix + ".";
-            leaf->Name += field.Name;
-            if (field.Count > 0) leaf->Name += "[]";
-            if (leaf->Name.GetLength() > kLongestName || root.Fields.GetCount() >= kMostFields) {
+            CString name = prefix;
+            if (!prefix.IsEmpty()) name += ".";
+            name += field.Name;
+            if (field.Count > 0) name += "[]";
+            if (name.GetLength() > kLongestName || root.Fields.GetCount() >= kMostFields) {
                 root.sound = false;
                 break;
             }
+            auto leaf = std::make_unique<CExtFieldDefn>();
             leaf->Field = field;
             leaf->Field.Offset = static_cast<std::uint16_t>(offset);
-            CObject*& place = root.Fields[leaf->Name];
+            CObject*& place = root.Fields[name];
             delete place;  // the later one of two fields with one name stands
             place = leaf.release();
         }

@@ -118,8 +118,8 @@ void CExtMsg::BuildTable() {
     const int count = FormatRoot->Fields.GetCount();
     auto table = std::make_unique<MemberDefinition[]>(static_cast<std::size_t>(count) + 1);
     for (int i = 0; i < count; ++i) {
-        const CExtFieldDefn& leaf = FormatRoot->FieldAt(i);
-        table[static_cast<std::size_t>(i)] = {static_cast<std::uint16_t>(kFirstId + i), leaf.Field.Size, leaf.Name};
+        table[static_cast<std::size_t>(i)] = {static_cast<std::uint16_t>(kFirstId + i),
+                                              FormatRoot->FieldAt(i).Field.Size, FormatRoot->NameAt(i)};
     }
     MemberTable = std::move(table);
     tableFormat_ = FormatRoot;
@@ -141,7 +141,7 @@ const msguser* CExtMsg::FindField(std::uint16_t id, std::uint16_t index) const {
     const CExtFieldDefn* leaf = &FormatRoot->FieldAt(row);
     if (FormatRoot != tableFormat_) {  // the message has another format since: its rows go by name
         CObject* found = nullptr;
-        if (!FormatRoot->Fields.Lookup(tableFormat_->FieldAt(row).Name, found)) return nullptr;
+        if (!FormatRoot->Fields.Lookup(tableFormat_->NameAt(row), found)) return nullptr;
         leaf = static_cast<const CExtFieldDefn*>(found);
     }
     return index == 0 || index < leaf->Field.Count ? &leaf->Field : nullptr;

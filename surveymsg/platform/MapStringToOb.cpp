@@ -56,8 +56,10 @@ void CMapStringToOb::Reindex() {
 }
 
 void CMapStringToOb::Reserve(int count) {
-    rows_.reserve(static_cast<std::size_t>(std::max(count, 0)));
-    if (rows_.capacity() > kSmall) slots_.reserve(SlotsFor(rows_.capacity()));
+    surveymsg::detail::RaisingMemoryException([&] {
+        rows_.reserve(static_cast<std::size_t>(std::max(count, 0)));
+        if (rows_.capacity() > kSmall) slots_.reserve(SlotsFor(rows_.capacity()));
+    });
 }
 
 int CMapStringToOb::Lookup(const CString& key, CObject*& value) const {

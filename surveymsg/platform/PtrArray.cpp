@@ -5,8 +5,11 @@
 #include <surveymsg/platform/detail/Memory.h>
 
 CPtrArray::CPtrArray() = default;
-CPtrArray::CPtrArray(const CPtrArray& other) = default;
-CPtrArray& CPtrArray::operator=(const CPtrArray& other) = default;
+CPtrArray::CPtrArray(const CPtrArray& other) { *this = other; }
+CPtrArray& CPtrArray::operator=(const CPtrArray& other) {
+    surveymsg::detail::RaisingMemoryException([&] { slots_ = other.slots_; });
+    return *this;
+}
 CPtrArray::~CPtrArray() = default;
 
 int CPtrArray::Add(void* pointer) {

@@ -43,7 +43,7 @@ void CMobTransMsg::Serialize(CArchive& ar) {
             auto range = std::make_unique<CTransRange>();
             range->Serialize(ar);
             Ranges.Add(range.get());
-            range.release();
+            static_cast<void>(range.release());
         }
     }
     CTransMsg::Serialize(ar);

@@ -105,7 +105,7 @@ int TvxCombineKeys(char* text, uint32_t textSize, const char* node, const char* 
 
 int TvxExtractKeys(char** text, char** node, char**, uint32_t* number, char** msgKey, char** identifier) {
     Note("extract " + Quoted(*text));
-    if (std::strcmp(*text, "bad") == 0) return 0;
+    if (Quoted(*text) == "'bad'") return 0;
     *node = *text;  // the task is left null
     *number = 9;
     *msgKey = *text;

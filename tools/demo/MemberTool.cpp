@@ -36,6 +36,7 @@ std::vector<const MemberDefinition*> MembersOf(CMsg& message) {
     CPtrArray rows;
     if (!message.GetMemberDefinitions(&rows)) throw LibraryFailure("a message does not list its members");
     std::vector<const MemberDefinition*> members;
+    members.reserve(static_cast<std::size_t>(rows.GetSize()));
     for (int i = 0; i < rows.GetSize(); ++i) members.push_back(static_cast<const MemberDefinition*>(rows[i]));
     return members;
 }

@@ -51,7 +51,7 @@ bool ParseRow(std::string_view line, Row& row) {
 }
 
 Shot ShotOf(const Row& row) {
-    const Shot shot = {row[0], {row[1], row[2], row[3]}, row[7], {row[8], row[9], row[10]}, row[14]};
+    Shot shot = {row[0], {row[1], row[2], row[3]}, row[7], {row[8], row[9], row[10]}, row[14]};
     if (shot.receiveTime <= shot.transmitTime) throw LineError{"the receive time is not after the transmit time"};
     if (shot.travelTime <= 0.0) throw LineError{"the travel time is not above zero"};
     if (shot.travelTime > kLongestTravel) throw LineError{"the travel time is longer than 60 seconds"};

@@ -14,10 +14,10 @@ constexpr std::size_t kShownArrivals = 4;
 }  // namespace
 
 void TellShots(const Options& options, const std::vector<Shot>& shots) {
-    const auto [first, last] = std::ranges::minmax(shots, {}, &Shot::transmitTime);
+    const auto [first, last] = std::ranges::minmax_element(shots, {}, &Shot::transmitTime);
     std::cout << "1. The producer reads the acoustic ranging shots.\n   "
               << (options.file.empty() ? "The sample that comes with the program" : options.file) << ": "
-              << Counted(shots.size(), "shot", "shots") << " in " << Fixed(last.transmitTime - first.transmitTime, 0)
+              << Counted(shots.size(), "shot", "shots") << " in " << Fixed(last->transmitTime - first->transmitTime, 0)
               << " seconds.\n\n";
 }
 

@@ -13,7 +13,6 @@ struct FreesBlock {
 /// One value field of a format, at any depth.
 class CExtFieldDefn : public CObject {
 public:
-    CString Name;     ///< path of structure names and the field's own, joined by ".", with "[]" for an array
     msguser Field{};  ///< its description; `Offset` is measured from the start of the message
 };
 
@@ -28,9 +27,11 @@ public:
     }
 
     const CExtFieldDefn& FieldAt(int index) const { return *static_cast<CExtFieldDefn*>(Fields.GetAt(index)); }
+    /// Path of structure names and the field's own, joined by ".", with "[]" for an array.
+    const CString& NameAt(int index) const { return Fields.GetKeyAt(index); }
 
     std::unique_ptr<msgfmt, FreesBlock> Format;  ///< a heap block; the fields' names point into it
-    CMapStringToOb Fields;                       ///< composed name to `CExtFieldDefn`
+    CMapStringToOb Fields;                       ///< name to `CExtFieldDefn`
     CString Version;
 
     // While the tree is built: what the record may still list, and how deep the walk is. A record that

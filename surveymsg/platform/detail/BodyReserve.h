@@ -1,5 +1,6 @@
 #pragma once
 
+#include <surveymsg/platform/Exceptions.h>
 #include <surveymsg/platform/String.h>
 
 namespace surveymsg::detail {
@@ -38,13 +39,18 @@ public:
     }
 
     char* Storage() { return body_.GetBuffer(0); }
-    /// The body's content is the first `length` bytes of the storage.
+    /// The body's content is the first `length` bytes of the storage. Never fails: a message that was read is
+    /// the only copy there is.
     void Keep(int length) {
         constexpr int kLittle = 16 * 1024;
         isKept_ = true;
         body_.ReleaseBuffer(length);
         if (length > kLittle) return;
-        other_.Assign(body_, length);
+        try {
+            other_.Assign(body_, length);
+        } catch (const CMemoryException&) {
+            return;  // it stays where it is, like a larger one
+        }
         body_.Swap(other_);
     }
     /// The body's content is what it was before.
