@@ -1,5 +1,6 @@
 #include "tarvex/nats/Link.h"
 
+#include <openssl/crypto.h>
 #include <pthread.h>
 #include <signal.h>
 
@@ -45,6 +46,8 @@ bool Link::Start() {
 void Link::FirstStart() {
     const SignalsBlocked blocked;
     loop_ = std::make_shared<EventLoop>();
+    // The cryptographic library would clean up while the process ends and this connection still lives.
+    if (settings_.secure) OPENSSL_init_crypto(OPENSSL_INIT_NO_ATEXIT, nullptr);
     Open(true);
     try {
         keeper_ = std::thread([this] { Keep(); });

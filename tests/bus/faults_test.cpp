@@ -172,39 +172,40 @@ TEST_P(Faults, TheServerStaysAwayUntilTheOutboxIsFull) {
 // either side.
 class OtherNetwork {
 public:
-    static constexpr const char* kHere = "10.213.77.1";
-    static constexpr const char* kThere = "10.213.77.2";
-
+    // The names are of this process, for tests that run beside it.
     OtherNetwork() {
-        isThere_ = Run("ip netns add tarvex-test") &&
-                   Run("ip link add tarvex-a type veth peer name tarvex-b netns tarvex-test") &&
-                   Run(std::string("ip address add ") + kHere + "/24 dev tarvex-a") && Run("ip link set tarvex-a up") &&
-                   Run(kInside + "ip address add " + kThere + "/24 dev tarvex-b") &&
-                   Run(kInside + "ip link set tarvex-b up");
+        isThere_ = Run("ip netns add " + name_) &&
+                   Run("ip link add " + name_ + "a type veth peer name " + name_ + "b netns " + name_) &&
+                   Run("ip address add " + here_ + "/24 dev " + name_ + "a") && Run("ip link set " + name_ + "a up") &&
+                   Run(inside_ + "ip address add " + there_ + "/24 dev " + name_ + "b") &&
+                   Run(inside_ + "ip link set " + name_ + "b up");
     }
     ~OtherNetwork() {
-        Run("ip netns delete tarvex-test");
-        Run("ip link delete tarvex-a");
+        Run("ip netns delete " + name_);
+        Run("ip link delete " + name_ + "a");
     }
 
     bool IsThere() const { return isThere_; }
-    bool Cut() { return Turn("add"); }
-    bool Mend() { return Turn("delete"); }
-    static std::vector<std::string> Inside(std::vector<std::string> command) {
-        const std::vector<std::string> words = {"ip", "netns", "exec", "tarvex-test"};
+    const std::string& Here() const { return here_; }
+    bool Cut() const { return Turn("add"); }
+    bool Mend() const { return Turn("delete"); }
+    std::vector<std::string> Inside(std::vector<std::string> command) const {
+        const std::vector<std::string> words = {"ip", "netns", "exec", name_};
         command.insert(command.begin(), words.begin(), words.end());
         return command;
     }
 
 private:
-    inline static const std::string kInside = "ip netns exec tarvex-test ";
-
     static bool Run(const std::string& command) { return std::system((command + " 2>/dev/null").c_str()) == 0; }
-    static bool Turn(const char* what) {
-        return Run(std::string("ip route ") + what + " blackhole " + kThere + "/32") &&
-               Run(kInside + "ip route " + what + " blackhole " + kHere + "/32");
+    bool Turn(const std::string& what) const {
+        return Run("ip route " + what + " blackhole " + there_ + "/32") &&
+               Run(inside_ + "ip route " + what + " blackhole " + here_ + "/32");
     }
 
+    const std::string name_ = "tvx" + std::to_string(getpid());
+    const std::string net_ = "10.213." + std::to_string(getpid() % 256);
+    const std::string here_ = net_ + ".1", there_ = net_ + ".2";
+    const std::string inside_ = "ip netns exec " + name_ + " ";
     bool isThere_ = false;
 };
 
@@ -213,7 +214,7 @@ TEST_P(Faults, TheNetworkIsCut) {
     if (!network.IsThere()) GTEST_SKIP() << "no network can be made here: that takes root and the ip command";
     EngineServer::Options options;
     options.stores = IsStored();
-    options.address = OtherNetwork::kHere;
+    options.address = network.Here();
     server_ = std::make_unique<EngineServer>(options);
     const auto start = [&](const std::vector<std::string>& command, int number) {
         auto probe = std::make_unique<Probe>(command, Settings(number));
@@ -221,9 +222,9 @@ TEST_P(Faults, TheNetworkIsCut) {
         return probe;
     };
     const auto readerHere = start(Probe::Receive("there"), 1);
-    const auto readerThere = start(OtherNetwork::Inside(Probe::Receive("here")), 2);
+    const auto readerThere = start(network.Inside(Probe::Receive("here")), 2);
     const auto senderHere = start(Probe::Send("here", 7500, 500), 3);
-    const auto senderThere = start(OtherNetwork::Inside(Probe::Send("there", 7500, 500)), 4);
+    const auto senderThere = start(network.Inside(Probe::Send("there", 7500, 500)), 4);
     Sleep(2000);
     ASSERT_TRUE(network.Cut());
     Sleep(7000);
