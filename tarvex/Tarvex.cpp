@@ -39,6 +39,7 @@ Choice ChooseBus() {
 // be in a call. It ends with this library, behind all that link it.
 std::atomic<Choice*> chosen = nullptr;
 std::mutex choosing;
+Choice* parents = nullptr;  // in a forked child; a thread that is not here may have held its locks
 
 Choice& TheChoice() {
     if (Choice* const choice = chosen.load(std::memory_order_acquire)) return *choice;
@@ -55,7 +56,7 @@ void LeaveParentsBus() {
     if (choice->bus->HasThreads())
         *choice = {nullptr, TvxErrorNotConnected};
     else
-        chosen = nullptr;
+        parents = chosen.exchange(nullptr);
 }
 
 struct LibraryLife {
