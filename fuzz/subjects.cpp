@@ -49,8 +49,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         if (!isPattern) Require(subjects.Parse(told, text.c_str(), again, same) && same == address);
     }
     Number number;
-    if (ReadNumber(reply, "tvx.n.", number)) {
-        Require(number.number != 0 && !number.run.empty());
+    if (ReadNumber(reply, number)) {
+        Require(number.number != 0 && number.run.size() == kRunSize);
+        char told[kLongestNumberText];
+        const std::string text(told, WriteNumber(told, number));
+        Number same;
+        Require(ReadNumber(text, same) && same.number == number.number && same.run == number.run);
         repeats.IsNew(number);
         number.isAgain = true;
         Require(!repeats.IsNew(number));

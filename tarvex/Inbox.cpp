@@ -36,8 +36,8 @@ Address Message::Keys() const {
 bool Inbox::Push(Message message) {
     {
         const std::lock_guard lock(mutex_);
-        if (messages_.size() >= kMostMessages || bytes_ + message.Bytes() > kMostBytes) return false;
-        const std::size_t bytes = message.Bytes();
+        if (bytes_ + message.Cost() > kMostBytes) return false;
+        const std::size_t bytes = message.Cost();
         messages_.push_back(std::move(message));
         bytes_ += bytes;
         if (waiting_ == 0) return true;
@@ -48,7 +48,7 @@ bool Inbox::Push(Message message) {
 
 bool Inbox::HasRoom() {
     const std::lock_guard lock(mutex_);
-    return messages_.size() <= kMostMessages / 2 && bytes_ <= kMostBytes / 2;
+    return bytes_ <= kMostBytes / 2;
 }
 
 void Inbox::NoteLoss() {
@@ -88,7 +88,7 @@ Inbox::Found Inbox::Read(const std::function<bool(const Message&)>& take) {
     }
     if (messages_.empty()) return Found::Nothing;
     if (take(messages_.front())) {
-        bytes_ -= messages_.front().Bytes();
+        bytes_ -= messages_.front().Cost();
         messages_.pop_front();
         ++taken_;
     }
@@ -109,7 +109,7 @@ void Inbox::Keep(const std::function<bool(const Address&)>& wanted) {
             ++dropped;
             continue;
         }
-        bytes_ += message.Bytes();
+        bytes_ += message.Cost();
         kept.push_back(std::move(message));
     }
     for (; loss != losses_.end(); ++loss) *loss -= dropped;

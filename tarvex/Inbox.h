@@ -19,9 +19,12 @@ public:
     Address Keys() const;
     const char* Body() const { return block_.get() + bodyAt_; }
     std::uint32_t BodyLength() const { return bodyLength_; }
-    std::size_t Bytes() const { return std::size_t{bodyAt_} + bodyLength_; }
+    /// What it costs to keep, with the parts that the allocator and the queue have around it.
+    std::size_t Cost() const { return std::size_t{bodyAt_} + bodyLength_ + kAround; }
 
 private:
+    static constexpr std::size_t kAround = 64;
+
     std::unique_ptr<char[]> block_;  // node, task, key, identifier, each terminated; then the body
     std::uint32_t number_;
     std::uint16_t taskAt_;
@@ -35,7 +38,6 @@ private:
 /// never taken, and what was taken is kept until it is read. Any thread may call.
 class Inbox {
 public:
-    static constexpr std::size_t kMostMessages = 65536;
     static constexpr std::size_t kMostBytes = 256u << 20;
 
     enum class Found {

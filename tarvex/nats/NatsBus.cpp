@@ -1,8 +1,8 @@
 #include "tarvex/nats/NatsBus.h"
 
 #include <chrono>
-#include <cstdio>
 #include <random>
+#include <string_view>
 
 #include "tarvex/LastError.h"
 
@@ -12,10 +12,11 @@ namespace {
 constexpr std::chrono::milliseconds kEndWait(2000);
 
 std::string NewRun() {
+    constexpr std::string_view kLetters = "0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz-_";
     std::random_device source;
-    char text[20];
-    std::snprintf(text, sizeof text, "%08X%08X", source(), source());
-    return text;
+    std::string run;
+    while (run.size() < kRunSize) run += kLetters[source() % kLetters.size()];
+    return run;
 }
 
 // What the server's own listings show.
@@ -31,8 +32,8 @@ NatsBus::NatsBus(Identity identity, EngineSettings settings)
     : identity_(std::move(identity)),
       settings_(std::move(settings)),
       run_(NewRun()),
-      numberRoot_(NumberRoot(settings_.domain)),
       subjects_(settings_.domain, identity_),
+      senders_(subjects_),
       journal_(NameFor(identity_)),
       publications_(identity_),
       link_(settings_, NameFor(identity_), journal_, *this),
@@ -124,20 +125,19 @@ void NatsBus::TakeLive(natsMsg* message) {
     const std::string_view subject = natsMsg_GetSubject(message);
     const char* keys = nullptr;
     if (Subjects::IsDigest(subject)) natsMsgHeader_Get(message, Subjects::kKeysHeader, &keys);
-    thread_local std::string scratch;
-    Address address;
+    const Address* const address = senders_.Find(subject, keys);
     const auto length = static_cast<std::uint32_t>(natsMsg_GetDataLength(message));
-    if (length > kLargestBody || !subjects_.Parse(subject, keys, scratch, address)) {
+    if (length > kLargestBody || !address) {
         journal_.AddAndTell(Count::Foreign, "no message of the bus");
         return;
     }
     const char* const reply = natsMsg_GetReply(message);
     Number number;
-    if (reply && ReadNumber(reply, numberRoot_, number) && !repeats_.IsNew(number)) {
+    if (reply && ReadNumber(reply, number) && !repeats_.IsNew(number)) {
         journal_.Add(Count::Repeated);
         return;
     }
-    switch (reader_.Take(address, natsMsg_GetData(message), length)) {
+    switch (reader_.Take(*address, natsMsg_GetData(message), length)) {
         case ReaderSide::Taken::Queued:
             journal_.Add(Count::Received);
             break;

@@ -13,6 +13,7 @@
 #include "tarvex/nats/Link.h"
 #include "tarvex/nats/Repeats.h"
 #include "tarvex/nats/Sender.h"
+#include "tarvex/nats/Senders.h"
 #include "tarvex/nats/Subjects.h"
 #include "tarvex/nats/Wishes.h"
 
@@ -53,8 +54,8 @@ private:
     const Identity identity_;
     const EngineSettings settings_;
     const std::string run_;  // tells this run of the program from all others
-    const std::string numberRoot_;
     const Subjects subjects_;
+    Senders senders_;  // the delivery thread's own, as are the repeats
     Journal journal_;
     Publications publications_;
     ReaderSide reader_;
@@ -63,7 +64,7 @@ private:
     Sender sender_;
     Formats formats_;
     Feed feed_;
-    Repeats repeats_;  // the delivery thread's own
+    Repeats repeats_;
     std::mutex subscribing_;
 };
 

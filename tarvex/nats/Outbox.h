@@ -14,7 +14,7 @@ namespace tarvex {
 class Outbox {
 public:
     static constexpr std::size_t kMostBytes = 64u << 20;
-    static constexpr std::size_t kMostKept = 16u << 20;  // of confirmed ones
+    static constexpr std::size_t kMostKept = 4u << 20;  // of confirmed ones
 
     struct Entry {
         std::uint64_t number;

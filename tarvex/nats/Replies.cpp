@@ -6,23 +6,32 @@
 namespace tarvex {
 namespace {
 
-bool ReadDigits(std::string_view text, std::uint64_t& number) {
+constexpr char kMark = '~';
+constexpr int kBase = 36;
+
+bool ReadDigits(std::string_view text, std::uint64_t& number, int base = 10) {
     const char* const end = text.data() + text.size();
-    const auto [parsed, error] = std::from_chars(text.data(), end, number);
+    const auto [parsed, error] = std::from_chars(text.data(), end, number, base);
     return error == std::errc{} && parsed == end && number != 0;
 }
 
 }  // namespace
 
-bool ReadNumber(std::string_view reply, std::string_view root, Number& number) {
-    if (!reply.starts_with(root)) return false;
-    reply.remove_prefix(root.size());
-    number.isAgain = reply.ends_with(kAgainMark);
-    if (number.isAgain) reply.remove_suffix(kAgainMark.size());
-    const std::size_t dot = reply.find('.');
-    if (dot == 0 || dot == std::string_view::npos) return false;
-    number.run = reply.substr(0, dot);
-    return ReadDigits(reply.substr(dot + 1), number.number);
+char* WriteNumber(char* text, const Number& number) {
+    *text++ = kMark;
+    text += number.run.copy(text, kRunSize);
+    text = std::to_chars(text, text + kLongestNumberText, number.number, kBase).ptr;
+    if (number.isAgain) *text++ = kMark;
+    return text;
+}
+
+bool ReadNumber(std::string_view reply, Number& number) {
+    if (reply.size() <= 1 + kRunSize || reply.front() != kMark) return false;
+    number.isAgain = reply.back() == kMark;
+    if (number.isAgain) reply.remove_suffix(1);
+    if (reply.size() <= 1 + kRunSize) return false;
+    number.run = reply.substr(1, kRunSize);
+    return ReadDigits(reply.substr(1 + kRunSize), number.number, kBase);
 }
 
 bool ReadPlaces(std::string_view reply, Places& places) {

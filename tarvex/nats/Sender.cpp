@@ -15,8 +15,9 @@ constexpr std::int64_t kPassOn = 1000;  // milliseconds for the server to pass a
 constexpr std::int64_t kAckWait = 5000;
 constexpr milliseconds kRoomWait(10000);
 constexpr std::uint64_t kHurryCount = 32768;
-constexpr std::size_t kHurryBytes = Outbox::kMostBytes / 8;
-constexpr std::size_t kHeaderRoom = 128;  // names and ends of a message's headers
+constexpr std::size_t kHurryBytes = 2u << 20;  // what waits stays in the processor's cache
+constexpr std::size_t kLookAfter = 64u << 10;  // bytes, before the client's queue is looked at again
+constexpr std::size_t kHeaderRoom = 128;       // names and ends of a message's headers
 constexpr int kLongestNumber = 20;
 
 std::int64_t Now() { return std::chrono::duration_cast<milliseconds>(steady_clock::now().time_since_epoch()).count(); }
@@ -28,14 +29,12 @@ Sender::Sender(const EngineSettings& settings, const Subjects& subjects, const s
     : stores_(!settings.stream.empty()),
       subjects_(subjects),
       run_(run),
-      numberHead_(NumberRoot(settings.domain) + run + "."),
       ackHead_("_INBOX." + run + ".k."),
       journal_(journal),
       link_(link) {}
 
 int Sender::Send(std::string_view msgKey, std::string_view identifier, const void* bytes, std::uint32_t count) {
-    thread_local Subjects::Subject subject;
-    subjects_.Message(msgKey, identifier, subject);
+    const Subjects::Subject& subject = SubjectOf(msgKey, identifier);
     if (anyDenied_.load(std::memory_order_relaxed) && IsDenied(subject.text)) return Fail(TvxErrorDenied);
     Lock lock(mutex_);
     if (refused_ != 0) return Fail(TvxErrorRefused);
@@ -45,6 +44,7 @@ int Sender::Send(std::string_view msgKey, std::string_view identifier, const voi
     if (connection_ &&
         static_cast<std::int64_t>(count + subject.keys.size() + kHeaderRoom) > connection_->LargestPayload())
         return Fail(TvxErrorTooLong);
+    unlooked_ += size;
     const Outbox::Entry entry = outbox_.Add(subject.text, subject.keys, bytes, count);
     if (connection_ && next_ == entry.number) {
         const natsStatus status = Put(entry);
@@ -65,6 +65,23 @@ int Sender::Send(std::string_view msgKey, std::string_view identifier, const voi
     return 1;
 }
 
+// A program mostly sends to the pair that it has sent to before.
+const Subjects::Subject& Sender::SubjectOf(std::string_view msgKey, std::string_view identifier) const {
+    thread_local struct {
+        std::string msgKey, identifier;
+        Subjects::Subject subject;
+    } last;
+    if (last.subject.text.empty() || last.msgKey != msgKey || last.identifier != identifier) {
+        last.subject.text.clear();  // in case memory ends half-way
+        last.msgKey = msgKey;
+        last.identifier = identifier;
+        Subjects::Subject subject;
+        subjects_.Message(msgKey, identifier, subject);
+        last.subject = std::move(subject);
+    }
+    return last.subject;
+}
+
 bool Sender::AwaitRoom(Lock& lock, std::size_t bytes) {
     if (outbox_.MakeRoomFor(bytes)) return true;
     const auto deadline = steady_clock::now() + kRoomWait;
@@ -78,6 +95,8 @@ bool Sender::AwaitRoom(Lock& lock, std::size_t bytes) {
 
 // Holds back a sender that is faster than the socket. Not while older messages wait: these go first.
 void Sender::AwaitWritten(Lock& lock) {
+    if (unlooked_ < kLookAfter) return;
+    unlooked_ = 0;
     while (connection_ && next_ > outbox_.LastNumber() && connection_->IsCrowded()) {
         const Link::Current connection = connection_;
         lock.unlock();
@@ -88,13 +107,9 @@ void Sender::AwaitWritten(Lock& lock) {
 
 natsStatus Sender::Put(const Outbox::Entry& entry) {
     natsConnection* const connection = connection_->Get();
-    const std::string& head = stores_ ? ackHead_ : numberHead_;
-    char reply[256];
-    char* end = reply + head.copy(reply, sizeof reply - kLongestNumber - kAgainMark.size() - 1);
-    end = std::to_chars(end, end + kLongestNumber, entry.number).ptr;
-    if (!stores_ && entry.number <= highest_) end += kAgainMark.copy(end, kAgainMark.size());
-    *end = '\0';
-    if (stores_) return PutStored(entry, reply);
+    if (stores_) return PutStored(entry);
+    char reply[kLongestNumberText + 1];
+    *WriteNumber(reply, {run_, entry.number, entry.number <= highest_}) = '\0';
     const int length = static_cast<int>(entry.bodyLength);
     if (!*entry.keys) return natsConnection_PublishRequest(connection, entry.subject, reply, entry.body, length);
     natsMsg* made = nullptr;
@@ -105,10 +120,10 @@ natsStatus Sender::Put(const Outbox::Entry& entry) {
 }
 
 // The number in a header lets the stream drop what comes twice.
-natsStatus Sender::PutStored(const Outbox::Entry& entry, const char* reply) {
-    char id[64];
-    char* end = id + run_.copy(id, sizeof id - kLongestNumber - 2);
-    *end++ = '-';
+natsStatus Sender::PutStored(const Outbox::Entry& entry) {
+    char id[kLongestNumberText + 1], reply[64];
+    *WriteNumber(id, {run_, entry.number}) = '\0';
+    char* const end = reply + ackHead_.copy(reply, sizeof reply - kLongestNumber - 1);
     *std::to_chars(end, end + kLongestNumber, entry.number).ptr = '\0';
     natsMsg* made = nullptr;
     natsStatus status = natsMsg_Create(&made, entry.subject, reply, entry.body, static_cast<int>(entry.bodyLength));

@@ -46,14 +46,14 @@ private:
     bool AwaitRoom(Lock& lock, std::size_t bytes);
     void AwaitWritten(Lock& lock);
     natsStatus Put(const Outbox::Entry& entry);
-    natsStatus PutStored(const Outbox::Entry& entry, const char* reply);
+    natsStatus PutStored(const Outbox::Entry& entry);
+    const Subjects::Subject& SubjectOf(std::string_view msgKey, std::string_view identifier) const;
     void Pump(Lock& lock);
     void SendAgainFrom(Lock& lock, std::uint64_t number);
 
     const bool stores_;
     const Subjects& subjects_;
     const std::string run_;
-    const std::string numberHead_;  // of a live message's reply subject, before its number
     const std::string ackHead_;
     Journal& journal_;
     Link& link_;
@@ -64,6 +64,7 @@ private:
     Outbox outbox_;
     std::uint64_t next_ = 1;     // to be put on the connection
     std::uint64_t highest_ = 0;  // ever put on one
+    std::size_t unlooked_ = 0;   // bytes put on the connection since its queue was looked at
     bool hurried_ = false;
     std::uint64_t refused_ = 0;  // the first that the stream did not take; 0 for none
     std::uint64_t seen_ = 0;     // confirmed when last looked at

@@ -150,9 +150,9 @@ TEST_P(Faults, AReaderStandsStill) {
 }
 
 TEST_P(Faults, AReaderIsSlowerThanItsSender) {
-    const auto reader = Reader(1, 1, 20);
-    const auto sender = Sender(2, 100000, 0);
-    Judge("reader of some 13,000 a second, sender flat out", *sender, *reader);
+    const auto reader = Reader(1, 1, 200);
+    const auto sender = Sender(2, 50000, 0, 10000);
+    Judge("reader of some 4,000 a second, sender flat out with 500 MB", *sender, *reader);
     if (!IsStored()) {
         EXPECT_GT(lost_, 0);  // else nothing was tried
         EXPECT_NE(Journal().find("its queue full"), std::string::npos);

@@ -1,0 +1,17 @@
+#include "tarvex/nats/Senders.h"
+
+#include <functional>
+
+namespace tarvex {
+
+const Address* Senders::Find(std::string_view subject, const char* keys) {
+    Known& known = known_[std::hash<std::string_view>()(subject) % known_.size()];
+    // A subject with a digest does not tell its keys: the header does, each time.
+    if (!keys && known.subject == subject) return &known.address;
+    known.subject.clear();
+    if (!subjects_.Parse(subject, keys, known.text, known.address)) return nullptr;
+    if (!keys) known.subject = subject;
+    return &known.address;
+}
+
+}  // namespace tarvex
