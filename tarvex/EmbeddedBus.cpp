@@ -23,7 +23,9 @@ int EmbeddedBus::Unpublish(std::string_view msgKey, std::string_view identifier)
 
 int EmbeddedBus::Send(std::string_view msgKey, std::string_view identifier, const void* bytes, std::uint32_t count) {
     const bool refused = reader_.Take(identity_.Sends(msgKey, identifier), bytes, count) == ReaderSide::Taken::Full;
-    return refused ? Fail(TvxErrorQueueFull) : 1;
+    if (refused) return Fail(TvxErrorQueueFull);
+    reader_.Wake();
+    return 1;
 }
 
 int EmbeddedBus::QueryFormat(const Address& pattern, void* buffer, std::uint32_t bufferSize, std::uint32_t& needed) {

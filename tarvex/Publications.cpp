@@ -11,21 +11,16 @@ const Publications::Publication* Publications::Find(std::string_view msgKey, std
     return found == publications_.end() ? nullptr : &*found;
 }
 
-bool Publications::Add(std::string_view msgKey, std::string_view identifier, const msgfmt* format,
+void Publications::Add(std::string_view msgKey, std::string_view identifier, const msgfmt* format,
                        std::uint16_t formatSize) {
     const auto* bytes = reinterpret_cast<const char*>(format);
     std::vector<char> record(bytes, bytes + formatSize);
     const std::lock_guard lock(mutex_);
     const Publication* known = Find(msgKey, identifier);
-    if (!known) {
+    if (!known)
         publications_.push_back({{std::string(msgKey), std::string(identifier)}, std::move(record)});
-        return format != nullptr;
-    }
-    if (!format) return false;  // a send that announces the pair again has nothing to say about its format
-    auto& place = publications_[static_cast<std::size_t>(known - publications_.data())].format;
-    const bool first = place.empty();
-    place = std::move(record);
-    return first;
+    else if (format)  // a send that announces the pair again has nothing to say about its format
+        publications_[static_cast<std::size_t>(known - publications_.data())].format = std::move(record);
 }
 
 bool Publications::Remove(std::string_view msgKey, std::string_view identifier) {

@@ -20,9 +20,8 @@ public:
 
     explicit Publications(const Identity& identity) : identity_(identity) {}
 
-    /// Adds the pair, or gives a known one another format if there is one. True if the pair had no format
-    /// before and has one now.
-    bool Add(std::string_view msgKey, std::string_view identifier, const msgfmt* format, std::uint16_t formatSize);
+    /// Adds the pair, or gives a known one another format if there is one.
+    void Add(std::string_view msgKey, std::string_view identifier, const msgfmt* format, std::uint16_t formatSize);
     bool Remove(std::string_view msgKey, std::string_view identifier);
     bool HasFormat(std::string_view msgKey, std::string_view identifier) const;
     /// The first format whose pair, sent by this process, matches; empty if there is none.

@@ -100,7 +100,7 @@ ReaderSide::Taken ReaderSide::Take(const Address& address, const void* body, std
                                    std::uint64_t place) {
     const std::lock_guard lock(mutex_);
     if (!IsWanted(address, place)) return Taken::Unwanted;
-    return inbox_.Push(Message(address, body, bodyLength)) ? Taken::Queued : Taken::Full;
+    return inbox_.Push(address, body, bodyLength) ? Taken::Queued : Taken::Full;
 }
 
 void ReaderSide::NoteLoss() {

@@ -34,10 +34,14 @@ public:
     /// All subscriptions want what is from this place on.
     void MoveBack(std::uint64_t place);
 
-    /// Queues the message if a subscription wants it. One caller's messages keep its order.
+    /// Queues the message if a subscription wants it. One caller's messages keep its order. Call `Wake` behind it,
+    /// or behind the last of several.
     Taken Take(const Address& address, const void* body, std::uint32_t bodyLength, std::uint64_t place = 0);
     /// Whether half of the queue is free.
     bool HasRoom() { return inbox_.HasRoom(); }
+    /// Whether a thread waits for a message.
+    bool IsAwaited() const { return inbox_.IsAwaited(); }
+    void Wake() { inbox_.Wake(); }
     /// Messages were lost behind what is queued now: once that is read, one call tells.
     void NoteLoss();
 

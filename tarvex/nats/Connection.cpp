@@ -55,7 +55,7 @@ std::shared_ptr<Connection> Connection::Open(const std::shared_ptr<EventLoop>& l
     return nullptr;
 }
 
-Connection::~Connection() { loop_->Close(Get()); }
+Connection::~Connection() { Close(); }
 
 bool Connection::RoundTrip() {
     loop_->Expect();

@@ -25,6 +25,8 @@ public:
     ~Connection();
 
     natsConnection* Get() const { return connection_.get(); }
+    /// Ends what waits for an answer. Also done by the destructor.
+    void Close() { loop_->Close(Get()); }
     /// True if the server has taken everything sent before. Ends when the connection does.
     bool RoundTrip();
     bool IsClosed() const { return natsConnection_IsClosed(Get()); }

@@ -43,12 +43,14 @@ const char* Header(natsMsg* message, const char* name) {
 
 }  // namespace
 
-Feed::Feed(const EngineSettings& settings, const Subjects& subjects, const std::string& run, ReaderSide& reader,
-           Journal& journal)
+Feed::Feed(const EngineSettings& settings, const Subjects& subjects, Senders& senders, const std::string& run,
+           ReaderSide& reader, Waker& waker, Journal& journal)
     : settings_(settings),
       subjects_(subjects),
+      senders_(senders),
       deliverHead_("_INBOX." + run + ".d."),
       reader_(reader),
+      waker_(waker),
       journal_(journal) {}
 
 bool Feed::FindStream(Connection& connection) {
@@ -67,7 +69,7 @@ bool Feed::FindStream(Connection& connection) {
     if (store && js_AddStream(nullptr, store.get(), &config, nullptr, nullptr) == NATS_OK) return true;
     natsStatus status = NATS_OK;
     const char* const why = nats_GetLastError(&status);
-    journal_.Tell("the stream " + settings_.stream + " cannot be used: " + (why ? why : natsStatus_GetText(status)));
+    journal_.Tell("the stream %s cannot be used: %s", settings_.stream.c_str(), why ? why : natsStatus_GetText(status));
     return Fail(TvxErrorRefused) != 0;
 }
 
@@ -112,15 +114,21 @@ bool Feed::Add(Connection& connection, const Address& pattern, std::uint16_t his
     else if (history > 0)
         isKnown = isKnown && PlaceOfTime(connection, history, place);
     if (!isKnown) return Fail(TvxErrorTimeout) != 0;
-    bool isServed;
-    {
-        const std::lock_guard lock(mutex_);
-        if (!current_ && !reader_.FirstWanted()) position_ = place - 1;  // the first of all
-        reader_.MoveOn(position_ + 1);
-        if (!reader_.Add(pattern, place)) return true;
-        isServed = current_ && place > position_ && filter_ == Filter();
+    try {
+        bool isServed;
+        {
+            const std::lock_guard lock(mutex_);
+            if (!current_ && !reader_.FirstWanted()) position_ = place - 1;  // the first of all
+            reader_.MoveOn(position_ + 1);
+            if (!reader_.Add(pattern, place)) return true;
+            isServed = current_ && place > position_ && filter_ == Filter();
+            if (!isServed) current_ = nullptr;
+        }
+        if (isServed || Restart(connection)) return true;
+    } catch (...) {
+        reader_.Remove(pattern);
+        throw;
     }
-    if (isServed || Restart(connection)) return true;
     reader_.Remove(pattern);
     return Fail(TvxErrorTimeout) != 0;
 }
@@ -147,6 +155,7 @@ bool Feed::Renew(Connection& connection) {
 bool Feed::GoOn(Connection& connection) {
     {
         const std::lock_guard lock(mutex_);
+        current_ = nullptr;
         reader_.MoveOn(position_ + 1);
     }
     return !reader_.FirstWanted() || Restart(connection);
@@ -162,11 +171,10 @@ std::string Feed::Filter() const {
     return isAscii ? subject : subjects_.AllMessages();
 }
 
-// Wants `asking_`.
+// Wants `asking_`, and no delivery since it was settled where to begin.
 bool Feed::Restart(Connection& connection) {
     {
         const std::lock_guard lock(mutex_);
-        current_ = nullptr;
         isFull_ = false;
     }
     std::vector<SubscriptionOwner> ended;
@@ -232,13 +240,15 @@ void Feed::Tend(Connection& connection) {
 
 // Wants `mutex_`. What still comes is not taken; the keeper asks again from the first that is missing.
 void Feed::BreakOff(const char* why) {
-    journal_.Tell(std::string("the delivery from the stream broke off: ") + why);
+    journal_.Tell("the delivery from the stream broke off: %s", why);
     current_ = nullptr;
 }
 
 void Feed::OnMessage(natsConnection* connection, natsSubscription* subscription, natsMsg* message, void* closure) {
     const MessageOwner owner(message);
-    static_cast<Feed*>(closure)->Take(subscription, connection, message);
+    auto* self = static_cast<Feed*>(closure);
+    self->Take(subscription, connection, message);
+    self->waker_.After(subscription);
 }
 
 void Feed::Take(natsSubscription* subscription, natsConnection* connection, natsMsg* message) {
@@ -259,13 +269,12 @@ void Feed::Take(natsSubscription* subscription, natsConnection* connection, nats
     try {
         const std::string_view subject = natsMsg_GetSubject(message);
         const char* const keys = Subjects::IsDigest(subject) ? Header(message, Subjects::kKeysHeader) : nullptr;
-        std::string scratch;
-        Address address;
+        const Address* const address = senders_.Find(subject, keys);
         const auto length = static_cast<std::uint32_t>(natsMsg_GetDataLength(message));
-        if (length > kLargestBody || !subjects_.Parse(subject, keys, scratch, address)) {
+        if (length > kLargestBody || !address) {
             journal_.AddAndTell(Count::Foreign, "no message of the bus");
         } else {
-            const auto taken = reader_.Take(address, natsMsg_GetData(message), length, places.inStream);
+            const auto taken = reader_.Take(*address, natsMsg_GetData(message), length, places.inStream);
             if (taken == ReaderSide::Taken::Full) {
                 isFull_ = true;
                 BreakOff("the program is behind and its queue full");

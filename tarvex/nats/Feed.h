@@ -8,7 +8,9 @@
 #include "tarvex/nats/EngineSettings.h"
 #include "tarvex/nats/Journal.h"
 #include "tarvex/nats/Link.h"
+#include "tarvex/nats/Senders.h"
 #include "tarvex/nats/Subjects.h"
+#include "tarvex/nats/Waker.h"
 #include "tarvex/nats/Wishes.h"
 
 namespace tarvex {
@@ -18,8 +20,8 @@ namespace tarvex {
 /// is still wanted. Any thread may call.
 class Feed {
 public:
-    Feed(const EngineSettings& settings, const Subjects& subjects, const std::string& run, ReaderSide& reader,
-         Journal& journal);
+    Feed(const EngineSettings& settings, const Subjects& subjects, Senders& senders, const std::string& run,
+         ReaderSide& reader, Waker& waker, Journal& journal);
 
     /// Makes the stream if there is none. False, with the last error value set, if it cannot be used.
     bool FindStream(Connection& connection);
@@ -51,8 +53,10 @@ private:
 
     const EngineSettings& settings_;
     const Subjects& subjects_;
+    Senders& senders_;  // the delivery thread's own
     const std::string deliverHead_;
     ReaderSide& reader_;
+    Waker& waker_;  // the delivery thread's own
     Journal& journal_;
 
     std::mutex asking_;  // one request to the engine at a time; never taken by the delivery

@@ -102,23 +102,24 @@ std::string Formats::SubjectFor(const Address& pattern) const {
 Formats::Found Formats::Ask(Connection& connection, const Address& pattern, std::vector<char>& format) {
     std::string text;
     AppendKeyText(text, pattern);
-    std::unique_lock lock(mutex_);
+    const std::string subject = SubjectFor(pattern);
     const std::uint64_t number = next_++;
+    const std::string reply = replies_ + std::to_string(number);
+    std::unique_lock lock(mutex_);
     Question& question = questions_[number];
     lock.unlock();
-    const std::string reply = replies_ + std::to_string(number);
-    const bool asked = natsConnection_PublishRequest(connection.Get(), SubjectFor(pattern).c_str(), reply.c_str(),
-                                                     text.data(), static_cast<int>(text.size())) == NATS_OK;
+    const bool asked = natsConnection_PublishRequest(connection.Get(), subject.c_str(), reply.c_str(), text.data(),
+                                                     static_cast<int>(text.size())) == NATS_OK;
     lock.lock();
     const auto isSettled = [&] { return question.isNobodyThere || !question.format.empty(); };
     const auto isAnswered = [&] { return isSettled() || question.refusals > 0; };
     // Behind one publisher that has no such format there may be one that has.
     if (asked && answered_.wait_for(lock, kAnswerWait, isAnswered))
         answered_.wait_for(lock, kMoreAnswersWait, isSettled);
-    const Question result = std::move(question);
+    Question result = std::move(question);
     questions_.erase(number);
     if (!result.format.empty()) {
-        format = result.format;
+        format = std::move(result.format);
         return Found::Format;
     }
     return result.isNobodyThere || result.refusals > 0 ? Found::Nobody : Found::NoAnswer;

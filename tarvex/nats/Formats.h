@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <condition_variable>
 #include <map>
 #include <mutex>
@@ -53,7 +54,7 @@ private:
     std::mutex mutex_;
     std::condition_variable answered_;
     std::map<std::uint64_t, Question> questions_;
-    std::uint64_t next_ = 1;
+    std::atomic<std::uint64_t> next_ = 1;
 };
 
 }  // namespace tarvex

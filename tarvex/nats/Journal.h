@@ -2,8 +2,8 @@
 
 #include <array>
 #include <atomic>
+#include <cstdarg>
 #include <cstdint>
-#include <mutex>
 #include <string>
 
 namespace tarvex {
@@ -23,7 +23,8 @@ enum class Count {
 };
 
 /// Counts, and writes what happens with the connection, a line each, to the file that `TARVEX_LOG` names
-/// ("-" for the standard error); nowhere if it is unset. Any thread may call.
+/// ("-" for the standard error); nowhere if it is unset. Any thread may call, also when memory is at its end:
+/// a line is cut at `kLongestLine`.
 class Journal {
 public:
     explicit Journal(std::string who);
@@ -34,12 +35,16 @@ public:
     void Add(Count what, std::uint64_t number = 1) { At(what).fetch_add(number, std::memory_order_relaxed); }
     std::uint64_t Get(Count what) const { return counts_[Index(what)].load(std::memory_order_relaxed); }
 
-    void Tell(const std::string& what);
+    /// A line in the form of printf.
+    [[gnu::format(printf, 2, 3)]] void Tell(const char* format, ...);
     /// The line for something that may happen often: only at its 1st, 10th, 100th and so on.
-    void AddAndTell(Count what, const std::string& text);
+    [[gnu::format(printf, 3, 4)]] void AddAndTell(Count what, const char* format, ...);
     void TellCounts();
 
 private:
+    static constexpr std::size_t kLongestLine = 2048;
+
+    void Write(const char* format, va_list parts, std::uint64_t number);
     static std::size_t Index(Count what) { return static_cast<std::size_t>(what); }
     std::atomic<std::uint64_t>& At(Count what) { return counts_[Index(what)]; }
 

@@ -5,6 +5,8 @@
 #include <signal.h>
 
 #include <chrono>
+#include <exception>
+#include <utility>
 
 namespace tarvex {
 namespace {
@@ -16,12 +18,14 @@ constexpr milliseconds kBetweenTending(200);
 constexpr milliseconds kAwait(2000);
 constexpr milliseconds kOthersReturn(400);  // so that they have subscribed again when we send
 
-// Threads that start meanwhile take no signal: the program's handlers run on its own threads only.
+// Threads that start meanwhile take no signal: the program's handlers run on its own threads only. Those of a fault
+// in the thread itself are left to them.
 class SignalsBlocked {
 public:
     SignalsBlocked() {
         sigset_t all;
         sigfillset(&all);
+        for (const int fault : {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGTRAP, SIGSYS, SIGABRT}) sigdelset(&all, fault);
         pthread_sigmask(SIG_SETMASK, &all, &before_);
     }
     ~SignalsBlocked() { pthread_sigmask(SIG_SETMASK, &before_, nullptr); }
@@ -29,6 +33,16 @@ public:
 private:
     sigset_t before_;
 };
+
+// What memory or the system refuses now is done at the next try.
+template <class Work>
+bool Try(Work&& work) {
+    try {
+        return work();
+    } catch (const std::exception&) {
+        return false;
+    }
+}
 
 }  // namespace
 
@@ -69,16 +83,16 @@ bool Link::Open(bool isFirst) {
         fresh.reset();
     }
     if (!fresh) {
-        if (why != why_) journal_.Tell("no connection: " + why);
+        if (why != why_) journal_.Tell("no connection: %s", why.c_str());
         why_ = why;
         return false;
     }
     why_.clear();
-    journal_.Tell("connected to " + fresh->Server());
+    journal_.Tell("connected to %s", fresh->Server().c_str());
     std::unique_lock lock(mutex_);
     if (!isFirst) {
         journal_.Add(Count::Reconnected);
-        changed_.wait_for(lock, kOthersReturn, [this] { return ends_; });
+        changed_.wait_for(lock, kOthersReturn, [&] { return ends_ || fresh->IsClosed(); });
     }
     connection_ = fresh;
     up_ = true;
@@ -101,7 +115,10 @@ void Link::Keep() {
             if (ends_ || !up_) continue;
             const Current connection = connection_;
             lock.unlock();
-            user_.Tend(*connection);
+            Try([&] {
+                user_.Tend(*connection);
+                return true;
+            });
             lock.lock();
             continue;
         }
@@ -110,7 +127,7 @@ void Link::Keep() {
         lock.unlock();
         user_.OnDown();
         old.reset();
-        const bool opened = Open(!wasUp_);
+        const bool opened = Try([this] { return Open(!wasUp_); });
         lock.lock();
         if (!opened) changed_.wait_for(lock, kBetweenTries, [this] { return ends_; });
     }
@@ -140,11 +157,11 @@ void Link::OnClosed(natsConnection* connection, void* closure) {
     auto* self = static_cast<Link*>(closure);
     {
         const std::lock_guard lock(self->mutex_);
+        self->changed_.notify_all();
         if (!self->up_ || !self->connection_ || self->connection_->Get() != connection) return;
         self->up_ = false;
         if (self->ends_) return;
     }
-    self->changed_.notify_all();
     self->journal_.Tell("connection lost");
     self->user_.OnDown();
 }
@@ -153,17 +170,24 @@ void Link::OnFailed(natsConnection* connection, natsSubscription*, natsStatus st
     if (status != NATS_NOT_PERMITTED) return;
     const char* text = nullptr;
     natsConnection_GetLastError(connection, &text);
-    static_cast<Link*>(closure)->user_.OnDenied(text ? text : "");
+    Try([&] {
+        static_cast<Link*>(closure)->user_.OnDenied(text ? text : "");
+        return true;
+    });
 }
 
 void Link::End() {
-    {
+    const auto takeConnection = [this] {
         const std::lock_guard lock(mutex_);
         ends_ = true;
-    }
+        up_ = false;
+        return std::exchange(connection_, nullptr);
+    };
+    // The keeper may be waiting for an answer, or about to have a new one.
+    if (const Current connection = takeConnection()) connection->Close();
     changed_.notify_all();
     keeper_.join();
-    connection_.reset();
+    takeConnection();
     loop_.reset();
 }
 

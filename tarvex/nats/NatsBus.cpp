@@ -1,6 +1,7 @@
 #include "tarvex/nats/NatsBus.h"
 
 #include <chrono>
+#include <cinttypes>
 #include <random>
 #include <string_view>
 
@@ -39,7 +40,8 @@ NatsBus::NatsBus(Identity identity, EngineSettings settings)
       link_(settings_, NameFor(identity_), journal_, *this),
       sender_(settings_, subjects_, run_, journal_, link_),
       formats_(subjects_, identity_, publications_, wishes_, run_, journal_),
-      feed_(settings_, subjects_, run_, reader_, journal_) {
+      waker_(reader_),
+      feed_(settings_, subjects_, senders_, run_, reader_, waker_, journal_) {
     if (IsStored()) wishes_.AddForLater(sender_.AckSubject(), {OnAck, this});
 }
 
@@ -55,7 +57,13 @@ void NatsBus::OnUp(const Link::Current& connection, bool isFirst) {
     sender_.Resume(connection);
 }
 
+void NatsBus::OnDown() {
+    sender_.Suspend();
+    reader_.Wake();
+}
+
 void NatsBus::Tend(Connection& connection) {
+    reader_.Wake();  // what a run that ended early has left
     sender_.Tend(connection);
     if (IsStored()) feed_.Tend(connection);
 }
@@ -65,7 +73,7 @@ void NatsBus::OnDenied(const std::string& text) {
     const std::size_t start = text.find('"');
     const std::size_t end = text.rfind('"');
     if (start == std::string::npos || end <= start) return;
-    journal_.Tell(text);
+    journal_.Tell("%s", text.c_str());
     sender_.Deny(text.substr(start + 1, end - start - 1));
 }
 
@@ -78,16 +86,17 @@ int NatsBus::Send(std::string_view msgKey, std::string_view identifier, const vo
 // ---- receiving
 
 bool NatsBus::SubscribeLive(Connection& connection, const Address& pattern) {
-    if (!reader_.Add(pattern)) return true;
     const std::string subject = subjects_.Pattern({"*", "*", 0, pattern.msgKey, pattern.identifier});
     if (wishes_.Add(connection, subject, {OnMessage, this}) && connection.RoundTrip()) {
         OnDenied(connection.Denial());
-        if (!sender_.IsDenied(subject)) return true;
+        if (!sender_.IsDenied(subject)) {
+            reader_.Add(pattern);
+            return true;
+        }
         SetLastError(TvxErrorDenied);
     } else {
         SetLastError(TvxErrorTimeout);
     }
-    reader_.Remove(pattern);
     if (!reader_.Names(pattern.msgKey, pattern.identifier)) wishes_.Remove(&connection, {subject});
     return false;
 }
@@ -110,7 +119,7 @@ int NatsBus::Unsubscribe(const Address& pattern) {
     return 1;
 }
 
-void NatsBus::OnMessage(natsConnection*, natsSubscription*, natsMsg* message, void* closure) {
+void NatsBus::OnMessage(natsConnection*, natsSubscription* subscription, natsMsg* message, void* closure) {
     const MessageOwner owner(message);
     auto* self = static_cast<NatsBus*>(closure);
     try {
@@ -119,6 +128,7 @@ void NatsBus::OnMessage(natsConnection*, natsSubscription*, natsMsg* message, vo
         self->journal_.AddAndTell(Count::Overflown, "memory is at its end");
         self->reader_.NoteLoss();
     }
+    self->waker_.After(subscription);
 }
 
 void NatsBus::TakeLive(natsMsg* message) {
@@ -152,7 +162,10 @@ void NatsBus::TakeLive(natsMsg* message) {
 
 void NatsBus::OnAck(natsConnection*, natsSubscription*, natsMsg* message, void* closure) {
     const MessageOwner owner(message);
-    static_cast<NatsBus*>(closure)->sender_.TakeAck(message);
+    try {
+        static_cast<NatsBus*>(closure)->sender_.TakeAck(message);
+    } catch (const std::bad_alloc&) {  // the next one confirms this as well
+    }
 }
 
 // ---- formats
@@ -167,11 +180,12 @@ int NatsBus::Publish(std::string_view msgKey, std::string_view identifier, const
     }
     const Link::Current connection = link_.Await();
     if (!connection) return Fail(TvxErrorTimeout);
+    if (!formats_.Offer(*connection, msgKey, identifier)) {
+        formats_.Withdraw(connection.get(), msgKey, identifier);
+        return Fail(TvxErrorTimeout);
+    }
     publications_.Add(msgKey, identifier, format, formatSize);
-    if (formats_.Offer(*connection, msgKey, identifier)) return 1;
-    publications_.Remove(msgKey, identifier);
-    formats_.Withdraw(connection.get(), msgKey, identifier);
-    return Fail(TvxErrorTimeout);
+    return 1;
 }
 
 int NatsBus::Unpublish(std::string_view msgKey, std::string_view identifier) {
@@ -196,7 +210,7 @@ int NatsBus::QueryFormat(const Address& pattern, void* buffer, std::uint32_t buf
 void NatsBus::End() {
     if (!link_.IsStarted()) return;
     std::uint64_t left = 0;
-    if (!sender_.Drain(kEndWait, left)) journal_.Tell("ended before the server had all: " + std::to_string(left));
+    if (!sender_.Drain(kEndWait, left)) journal_.Tell("ended before the server had all: %" PRIu64 " left", left);
     link_.End();
     sender_.Suspend();
     journal_.TellCounts();

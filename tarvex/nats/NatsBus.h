@@ -15,6 +15,7 @@
 #include "tarvex/nats/Sender.h"
 #include "tarvex/nats/Senders.h"
 #include "tarvex/nats/Subjects.h"
+#include "tarvex/nats/Waker.h"
 #include "tarvex/nats/Wishes.h"
 
 namespace tarvex {
@@ -42,20 +43,19 @@ private:
 
     bool Renew(Connection& connection) override;
     void OnUp(const Link::Current& connection, bool isFirst) override;
-    void OnDown() override { sender_.Suspend(); }
+    void OnDown() override;
     void Tend(Connection& connection) override;
     void OnDenied(const std::string& text) override;
 
     static void OnMessage(natsConnection*, natsSubscription*, natsMsg* message, void* closure);
     static void OnAck(natsConnection*, natsSubscription*, natsMsg* message, void* closure);
-    void Take(natsMsg* message);
     void TakeLive(natsMsg* message);
 
     const Identity identity_;
     const EngineSettings settings_;
     const std::string run_;  // tells this run of the program from all others
     const Subjects subjects_;
-    Senders senders_;  // the delivery thread's own, as are the repeats
+    Senders senders_;  // the delivery thread's own, as are the waker and the repeats
     Journal journal_;
     Publications publications_;
     ReaderSide reader_;
@@ -63,6 +63,7 @@ private:
     Link link_;
     Sender sender_;
     Formats formats_;
+    Waker waker_;
     Feed feed_;
     Repeats repeats_;
     std::mutex subscribing_;

@@ -2,9 +2,9 @@
 
 #include <cstdint>
 #include <deque>
-#include <memory>
 #include <string_view>
-#include <vector>
+
+#include "tarvex/Spool.h"
 
 namespace tarvex {
 
@@ -28,8 +28,6 @@ public:
     bool MakeRoomFor(std::size_t bytes);
     /// The entry points into the outbox, which keeps its place. Raises `std::bad_alloc`, and is unchanged.
     Entry Add(std::string_view subject, std::string_view keys, const void* body, std::uint32_t bodyLength);
-    /// Takes back the one just added.
-    void RemoveLast();
 
     /// The server has all messages up to this one, at `now`.
     void Confirm(std::uint64_t number, std::int64_t now);
@@ -44,7 +42,7 @@ public:
     /// The message with the lowest number that is not below `number`.
     class Cursor {
     public:
-        bool AtEnd() const { return block_ == outbox_->blocks_.size(); }
+        bool AtEnd() const { return block_ == outbox_->spool_.Blocks().size(); }
         Entry Get() const;
         void Next();
 
@@ -57,15 +55,6 @@ public:
     Cursor From(std::uint64_t number) const;
 
 private:
-    // Many small messages share one block of memory; blocks are used again.
-    static constexpr std::size_t kBlockBytes = 256u << 10;
-    struct Block {
-        std::unique_ptr<char[]> bytes;
-        std::size_t size = 0;
-        std::size_t used = 0;
-        std::size_t lastAt = 0;
-        std::uint64_t last = 0;
-    };
     struct Head {
         std::uint64_t number;
         std::uint32_t bodyLength;
@@ -78,14 +67,13 @@ private:
         std::int64_t time;
     };
 
-    static std::size_t SizeOf(std::size_t subject, std::size_t keys, std::size_t body);
-    static Entry Read(const char* head);
-    void AddBlock(std::size_t size);
+    static Head HeadAt(const char* place);
+    static Entry Read(const char* place);
+    static std::uint64_t LastOf(const Spool::Block& block) { return HeadAt(block.Last()).number; }
+    bool IsConfirmed(const Spool::Block& block) const { return LastOf(block) <= confirmed_; }
     void DropFirst();
-    bool IsConfirmed(const Block& block) const { return block.last <= confirmed_; }
 
-    std::deque<Block> blocks_;
-    std::vector<Block> spare_;
+    Spool spool_;
     std::deque<Mark> marks_;
     std::uint64_t last_ = 0;
     std::uint64_t confirmed_ = 0;

@@ -1,6 +1,7 @@
 #include "tarvex/nats/Sender.h"
 
 #include <charconv>
+#include <functional>
 
 #include "tarvex/LastError.h"
 #include "tarvex/nats/Replies.h"
@@ -18,6 +19,7 @@ constexpr std::uint64_t kHurryCount = 32768;
 constexpr std::size_t kHurryBytes = 2u << 20;  // what waits stays in the processor's cache
 constexpr std::size_t kLookAfter = 64u << 10;  // bytes, before the client's queue is looked at again
 constexpr std::size_t kHeaderRoom = 128;       // names and ends of a message's headers
+constexpr std::size_t kKeysRoom = 20u << 10;   // for the longest subject and key text
 constexpr int kLongestNumber = 20;
 
 std::int64_t Now() { return std::chrono::duration_cast<milliseconds>(steady_clock::now().time_since_epoch()).count(); }
@@ -34,28 +36,23 @@ Sender::Sender(const EngineSettings& settings, const Subjects& subjects, const s
       link_(link) {}
 
 int Sender::Send(std::string_view msgKey, std::string_view identifier, const void* bytes, std::uint32_t count) {
+    Lock lock(mutex_);
+    if (unlooked_ >= kLookAfter) AwaitWritten(lock);
+    if (!AwaitRoom(lock, count + kKeysRoom)) return Fail(TvxErrorQueueFull);
+    if (refused_ != 0) return Fail(TvxErrorRefused);
     const Subjects::Subject& subject = SubjectOf(msgKey, identifier);
     if (anyDenied_.load(std::memory_order_relaxed) && IsDenied(subject.text)) return Fail(TvxErrorDenied);
-    Lock lock(mutex_);
-    if (refused_ != 0) return Fail(TvxErrorRefused);
-    const std::size_t size = subject.text.size() + subject.keys.size() + count + kHeaderRoom;
-    if (!AwaitRoom(lock, size)) return Fail(TvxErrorQueueFull);
-    AwaitWritten(lock);
     if (connection_ &&
         static_cast<std::int64_t>(count + subject.keys.size() + kHeaderRoom) > connection_->LargestPayload())
         return Fail(TvxErrorTooLong);
-    unlooked_ += size;
+    unlooked_ += count + kHeaderRoom;
     const Outbox::Entry entry = outbox_.Add(subject.text, subject.keys, bytes, count);
     if (connection_ && next_ == entry.number) {
         const natsStatus status = Put(entry);
-        if (status == NATS_NO_MEMORY) {
-            outbox_.RemoveLast();
-            return Fail(TvxErrorNoMemory);
-        }
         if (status == NATS_OK)
             highest_ = next_++;
-        else
-            connection_.reset();  // what was accepted waits for the next one
+        else if (status != NATS_NO_MEMORY)  // else the keeper puts it soon
+            connection_.reset();            // what was accepted waits for the next one
     }
     journal_.Add(Count::Sent);
     if (!hurried_ && (outbox_.Unconfirmed() > kHurryCount || outbox_.UnconfirmedBytes() > kHurryBytes)) {
@@ -65,21 +62,23 @@ int Sender::Send(std::string_view msgKey, std::string_view identifier, const voi
     return 1;
 }
 
-// A program mostly sends to the pair that it has sent to before.
-const Subjects::Subject& Sender::SubjectOf(std::string_view msgKey, std::string_view identifier) const {
-    thread_local struct {
-        std::string msgKey, identifier;
-        Subjects::Subject subject;
-    } last;
-    if (last.subject.text.empty() || last.msgKey != msgKey || last.identifier != identifier) {
-        last.subject.text.clear();  // in case memory ends half-way
-        last.msgKey = msgKey;
-        last.identifier = identifier;
+// A program mostly sends to pairs that it has sent to before. Wants the mutex, as long as the result is used.
+const Subjects::Subject& Sender::SubjectOf(std::string_view msgKey, std::string_view identifier) {
+    const auto isIt = [&](const Pair& pair) {
+        return pair.msgKey == msgKey && pair.identifier == identifier && !pair.subject.text.empty();
+    };
+    if (isIt(*latest_)) return latest_->subject;
+    const std::hash<std::string_view> hash;
+    Pair& pair = *(latest_ = &pairs_[(hash(msgKey) ^ 31 * hash(identifier)) % pairs_.size()]);
+    if (!isIt(pair)) {
+        pair.subject.text.clear();  // in case memory ends half-way
+        pair.msgKey = msgKey;
+        pair.identifier = identifier;
         Subjects::Subject subject;
         subjects_.Message(msgKey, identifier, subject);
-        last.subject = std::move(subject);
+        pair.subject = std::move(subject);
     }
-    return last.subject;
+    return pair.subject;
 }
 
 bool Sender::AwaitRoom(Lock& lock, std::size_t bytes) {
@@ -95,7 +94,6 @@ bool Sender::AwaitRoom(Lock& lock, std::size_t bytes) {
 
 // Holds back a sender that is faster than the socket. Not while older messages wait: these go first.
 void Sender::AwaitWritten(Lock& lock) {
-    if (unlooked_ < kLookAfter) return;
     unlooked_ = 0;
     while (connection_ && next_ > outbox_.LastNumber() && connection_->IsCrowded()) {
         const Link::Current connection = connection_;
@@ -165,7 +163,9 @@ void Sender::Pump(Lock& lock) {
         next_ = entry.number;
         const natsStatus status = Put(entry);
         if (status == NATS_MAX_PAYLOAD) {
-            journal_.AddAndTell(Count::Lost, std::string("too long for this server: ") + entry.subject);
+            journal_.AddAndTell(Count::Lost, "too long for this server: %s", entry.subject);
+        } else if (status == NATS_NO_MEMORY) {
+            break;
         } else if (status != NATS_OK) {
             connection_.reset();
             break;
@@ -194,6 +194,7 @@ void Sender::Tend(Connection& connection) {
     if (!connection.RoundTrip()) return;
     lock.lock();
     if (!connection_ || connection_->Get() != connection.Get()) return;
+    if (next_ <= outbox_.LastNumber()) Pump(lock);
     const std::int64_t now = Now();
     if (!stores_) {
         outbox_.Confirm(sent, now);
@@ -227,7 +228,7 @@ void Sender::TakeAck(natsMsg* message) {
     if (natsMsg_IsNoResponders(message) || !body.starts_with("{\"stream\"")) {
         const bool isFirst = refused_ == 0;
         if (isFirst || number < refused_) refused_ = number;
-        journal_.AddAndTell(Count::Refused, "the stream refuses: " + std::string(body.substr(0, 200)));
+        journal_.AddAndTell(Count::Refused, "the stream refuses: %.*s", static_cast<int>(body.size()), body.data());
         if (isFirst) room_.notify_all();
         return;
     }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
@@ -47,7 +48,7 @@ private:
     void AwaitWritten(Lock& lock);
     natsStatus Put(const Outbox::Entry& entry);
     natsStatus PutStored(const Outbox::Entry& entry);
-    const Subjects::Subject& SubjectOf(std::string_view msgKey, std::string_view identifier) const;
+    const Subjects::Subject& SubjectOf(std::string_view msgKey, std::string_view identifier);
     void Pump(Lock& lock);
     void SendAgainFrom(Lock& lock, std::uint64_t number);
 
@@ -58,7 +59,14 @@ private:
     Journal& journal_;
     Link& link_;
 
-    std::mutex mutex_;  // also keeps the sends in order
+    struct Pair {
+        std::string msgKey, identifier;
+        Subjects::Subject subject;  // empty for no pair
+    };
+
+    std::mutex mutex_;            // also keeps the sends in order
+    std::array<Pair, 64> pairs_;  // sent to of late
+    Pair* latest_ = pairs_.data();
     std::condition_variable room_;
     Link::Current connection_;
     Outbox outbox_;

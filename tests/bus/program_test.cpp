@@ -163,6 +163,28 @@ std::atomic<int> signalsHere = 0;
 std::atomic<int> signalsElsewhere = 0;
 pthread_t programsThread;
 
+TEST_F(Program, WhatTheLastObjectsSendArrives) {
+    EngineServer::Options options;
+    options.stores = true;
+    const EngineServer server(options);
+    const auto use = [&] {
+        Use(server.Url());
+        setenv("TARVEX_STORE", "TEST", 1);
+    };
+    EXPECT_TRUE(InOwnProcess([&] {
+        use();
+        // Its thread's variables are gone when it runs.
+        std::atexit([] { Send("the key of a pair that was sent to before", "last"); });
+        ASSERT_EQ(Send("the key of a pair that was sent to before", "first"), 1);
+    }));
+    EXPECT_TRUE(InOwnProcess([&] {
+        use();
+        ASSERT_EQ(TvxSubscribe("*", "*", 0, "*", "*", 0, 0xFFFF), 1);
+        EXPECT_EQ(Read(), "first");
+        EXPECT_EQ(Read(), "last");
+    }));
+}
+
 TEST_F(Program, SignalsReachItsOwnThreadsOnly) {
     const EngineServer server;
     EXPECT_TRUE(InOwnProcess([&] {
