@@ -23,7 +23,9 @@ private:
         using is_transparent = void;
         std::size_t operator()(std::string_view text) const { return std::hash<std::string_view>()(text); }
     };
-    std::unordered_map<std::string, std::uint64_t, Hash, std::equal_to<>> last_;
+    using Numbers = std::unordered_map<std::string, std::uint64_t, Hash, std::equal_to<>>;
+    Numbers last_;
+    Numbers::iterator latest_ = last_.end();  // of the sender that came last
 };
 
 }  // namespace tarvex

@@ -5,8 +5,10 @@
 namespace tarvex {
 
 const Address* Senders::Find(std::string_view subject, const char* keys) {
-    Known& known = known_[std::hash<std::string_view>()(subject) % known_.size()];
     // A subject with a digest does not tell its keys: the header does, each time.
+    if (!keys && latest_->subject == subject) return &latest_->address;
+    latest_ = &known_[std::hash<std::string_view>()(subject) % known_.size()];
+    Known& known = *latest_;
     if (!keys && known.subject == subject) return &known.address;
     known.subject.clear();
     if (!subjects_.Parse(subject, keys, known.text, known.address)) return nullptr;

@@ -25,6 +25,7 @@ private:
     };
     const Subjects& subjects_;
     std::array<Known, 64> known_;
+    Known* latest_ = known_.data();
 };
 
 }  // namespace tarvex
