@@ -5,19 +5,24 @@
 namespace tarvex {
 
 char* Spool::Add(std::size_t size) {
-    if (!Fits(size)) AddBlock(BlockFor(size));
+    if (!Fits(size)) {
+        AddBlock(BlockFor(size));
+        // The block that was kept for the next records, and is too small for this one.
+        if (blocks_.size() > 1 && blocks_[blocks_.size() - 2].used == 0) RemoveBlock(blocks_.end() - 2);
+    }
     Block& block = blocks_.back();
     block.lastAt = block.used;
     block.used += size;
     return block.Last();
 }
 
-void Spool::RemoveFirstBlock() {
-    Block& block = blocks_.front();
-    memory_ -= block.size;
-    block.used = 0;
-    if (block.size == kBlockBytes && spare_.size() < kMostSpare) spare_.push_back(std::move(block));
-    blocks_.pop_front();
+void Spool::RemoveFirstBlock() { RemoveBlock(blocks_.begin()); }
+
+void Spool::RemoveBlock(std::deque<Block>::iterator block) {
+    memory_ -= block->size;
+    block->used = 0;
+    if (block->size == kBlockBytes && spare_.size() < kMostSpare) spare_.push_back(std::move(*block));
+    blocks_.erase(block);
 }
 
 void Spool::Clear() {

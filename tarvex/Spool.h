@@ -23,7 +23,8 @@ public:
     /// What a record of this many bytes takes, so that the next one is aligned.
     static constexpr std::size_t Rounded(std::size_t size) { return (size + kAlign - 1) & ~(kAlign - 1); }
 
-    /// Room for a record of a rounded size, behind all others. Raises `std::bad_alloc`, and is unchanged.
+    /// Room for a record of a rounded size, behind all others; no block in front of its own is empty. Raises
+    /// `std::bad_alloc`, and is unchanged.
     char* Add(std::size_t size);
     /// With all its records.
     void RemoveFirstBlock();
@@ -43,6 +44,7 @@ private:
     static std::size_t BlockFor(std::size_t size) { return size > kBlockBytes ? size : kBlockBytes; }
     bool Fits(std::size_t size) const { return !blocks_.empty() && blocks_.back().size - blocks_.back().used >= size; }
     void AddBlock(std::size_t size);
+    void RemoveBlock(std::deque<Block>::iterator block);
 
     std::deque<Block> blocks_;
     std::vector<Block> spare_;
