@@ -15,6 +15,11 @@ std::string HostName() {
     return *name ? name : "localhost";
 }
 
+std::string ProgramName() {
+    const char* const name = program_invocation_short_name;
+    return *name ? name : "program";
+}
+
 bool IsSenderKey(const std::string& key) { return key.size() <= kLongestKey && key != "*"; }
 
 }  // namespace
@@ -25,7 +30,7 @@ std::string Setting(const char* name, const std::string& otherwise) {
 }
 
 std::optional<Identity> ReadIdentity() {
-    Identity identity{Setting("TARVEX_NODE", HostName()), Setting("TARVEX_TASK", program_invocation_short_name), 0};
+    Identity identity{Setting("TARVEX_NODE", HostName()), Setting("TARVEX_TASK", ProgramName()), 0};
     const std::string number = Setting("TARVEX_NUMBER", std::to_string(getpid()));
     const char* end = number.data() + number.size();
     const auto [parsed, error] = std::from_chars(number.data(), end, identity.number);

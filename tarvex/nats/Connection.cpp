@@ -10,7 +10,7 @@ constexpr std::int64_t kAnswerWait = 10 * kConnectWait;   // the loop cuts a sil
 constexpr std::int64_t kNoPings = 24LL * 60 * 60 * 1000;  // silence is noticed sooner, by the loop
 
 OptionsOwner MakeOptions(EventLoop& loop, const EngineSettings& settings, const std::string& name,
-                         const Connection::Handlers& handlers) {
+                         const std::string& inbox, const Connection::Handlers& handlers) {
     natsOptions* made = nullptr;
     if (natsOptions_Create(&made) != NATS_OK) return nullptr;
     OptionsOwner options(made);
@@ -20,7 +20,9 @@ OptionsOwner MakeOptions(EventLoop& loop, const EngineSettings& settings, const 
     bool done =
         natsOptions_SetServers(made, servers.data(), static_cast<int>(servers.size())) == NATS_OK &&
         natsOptions_SetNoRandomize(made, true) == NATS_OK && natsOptions_SetTimeout(made, kConnectWait) == NATS_OK &&
-        natsOptions_SetName(made, name.c_str()) == NATS_OK && natsOptions_SetAllowReconnect(made, false) == NATS_OK &&
+        natsOptions_SetName(made, name.c_str()) == NATS_OK &&
+        natsOptions_SetCustomInboxPrefix(made, inbox.c_str()) == NATS_OK &&
+        natsOptions_SetAllowReconnect(made, false) == NATS_OK &&
         natsOptions_SetPingInterval(made, kNoPings) == NATS_OK && natsOptions_SetSendAsap(made, true) == NATS_OK &&
         natsOptions_UseGlobalMessageDelivery(made, true) == NATS_OK &&
         natsOptions_SetClosedCB(made, handlers.closed, handlers.closure) == NATS_OK &&
@@ -38,37 +40,36 @@ OptionsOwner MakeOptions(EventLoop& loop, const EngineSettings& settings, const 
 
 }  // namespace
 
-Connection::Connection(std::shared_ptr<EventLoop> loop, ConnectionOwner connection)
-    : loop_(std::move(loop)),
-      connection_(std::move(connection)),
-      largestPayload_(natsConnection_GetMaxPayload(connection_.get())) {}
-
 std::shared_ptr<Connection> Connection::Open(const std::shared_ptr<EventLoop>& loop, const EngineSettings& settings,
-                                             const std::string& name, const Handlers& handlers, std::string& why) {
-    const OptionsOwner options = MakeOptions(*loop, settings, name, handlers);
+                                             const std::string& name, const std::string& inbox,
+                                             const Handlers& handlers, std::string& why) {
+    const OptionsOwner options = MakeOptions(*loop, settings, name, inbox, handlers);
+    const std::shared_ptr<Connection> connection(new Connection(loop));  // while nothing is lost if memory ends
     natsConnection* made = nullptr;
-    if (options && natsConnection_Connect(&made, options.get()) == NATS_OK)
-        return std::shared_ptr<Connection>(new Connection(loop, ConnectionOwner(made)));
+    if (options && natsConnection_Connect(&made, options.get()) == NATS_OK) {
+        connection->connection_.reset(made);
+        connection->largestPayload_ = natsConnection_GetMaxPayload(made);
+        return connection;
+    }
     natsStatus status = NATS_OK;
     const char* text = nats_GetLastError(&status);
     why = text && *text ? text : natsStatus_GetText(status);
     return nullptr;
 }
 
-Connection::~Connection() { Close(); }
-
-bool Connection::RoundTrip() {
-    loop_->Expect();
-    const bool done = natsConnection_FlushTimeout(Get(), kAnswerWait) == NATS_OK;
-    loop_->ExpectNoMore();
-    return done;
+Connection::~Connection() {
+    if (connection_) Close();
 }
 
-std::string Connection::Denial() const {
+bool Connection::RoundTrip() {
+    const Expectation expectation(*this);
+    return natsConnection_FlushTimeout(Get(), kAnswerWait) == NATS_OK;
+}
+
+std::string Connection::LastError() const {
     const char* text = nullptr;
     natsConnection_GetLastError(Get(), &text);
-    const std::string denial = text ? text : "";
-    return denial.find("ermissions Violation") == std::string::npos ? std::string() : denial;
+    return text ? text : "";
 }
 
 std::string Connection::Server() const {

@@ -11,7 +11,7 @@ namespace tarvex {
 
 /// One connection to one server. It never connects again by itself: the client would send what waits before
 /// the other programs have subscribed again. Any thread may call.
-class Connection {
+class Connection : public std::enable_shared_from_this<Connection> {
 public:
     struct Handlers {
         natsConnectionHandler closed;
@@ -21,7 +21,8 @@ public:
 
     /// Tries the servers in the order of the list, at most two seconds each. Null if none serves; `why` then says so.
     static std::shared_ptr<Connection> Open(const std::shared_ptr<EventLoop>& loop, const EngineSettings& settings,
-                                            const std::string& name, const Handlers& handlers, std::string& why);
+                                            const std::string& name, const std::string& inbox, const Handlers& handlers,
+                                            std::string& why);
     ~Connection();
 
     natsConnection* Get() const { return connection_.get(); }
@@ -29,6 +30,19 @@ public:
     void Close() { loop_->Close(Get()); }
     /// True if the server has taken everything sent before. Ends when the connection does.
     bool RoundTrip();
+    /// While one of these lives an answer is expected: the connection ends if the server says nothing at all.
+    class Expectation {
+    public:
+        explicit Expectation(Connection& connection) : loop_(*connection.loop_) { loop_.Expect(); }
+        ~Expectation() { loop_.ExpectNoMore(); }
+        Expectation(const Expectation&) = delete;
+        Expectation& operator=(const Expectation&) = delete;
+
+    private:
+        EventLoop& loop_;
+    };
+    /// Gives the connection up; its end is told as that of any other. Does not wait.
+    void Cut() { loop_->Cut(Get()); }
     bool IsClosed() const { return natsConnection_IsClosed(Get()); }
     /// Waits until something was written, or a moment.
     void AwaitWrite() { loop_->AwaitWrite(); }
@@ -37,17 +51,17 @@ public:
     /// The server's limit for a body and its headers.
     std::int64_t LargestPayload() const { return largestPayload_; }
     std::string Server() const;
-    /// The server's last word on what it does not permit; empty if there was none.
-    std::string Denial() const;
+    /// The last error that the server told; empty if there was none.
+    std::string LastError() const;
 
 private:
     static constexpr int kMostBuffered = 1 << 20;
 
-    Connection(std::shared_ptr<EventLoop> loop, ConnectionOwner connection);
+    explicit Connection(std::shared_ptr<EventLoop> loop) : loop_(std::move(loop)) {}
 
     const std::shared_ptr<EventLoop> loop_;
-    const ConnectionOwner connection_;
-    const std::int64_t largestPayload_;
+    ConnectionOwner connection_;
+    std::int64_t largestPayload_ = 0;
 };
 
 }  // namespace tarvex

@@ -13,11 +13,14 @@
 #include <cerrno>
 #include <chrono>
 #include <system_error>
+#include <utility>
 
 namespace tarvex {
 namespace {
 
 constexpr int kGlance = 250;  // milliseconds between two looks at a silent server
+constexpr int kPause = 2;     // milliseconds, while the process is behind
+constexpr int kReads = 32;    // of 32 KiB at most, until the loop looks whether it is
 
 std::int64_t Now() {
     using namespace std::chrono;
@@ -32,7 +35,7 @@ int MakeWake() {
 
 }  // namespace
 
-EventLoop::EventLoop() : wake_(MakeWake()) {
+EventLoop::EventLoop(std::function<bool()> isBehind) : isBehind_(std::move(isBehind)), wake_(MakeWake()) {
     try {
         thread_ = std::thread([this] { Run(); });
     } catch (...) {
@@ -115,6 +118,11 @@ void EventLoop::Close(natsConnection* connection) {
     changed_.wait(lock, [&] { return toClose_ != connection; });
 }
 
+void EventLoop::Cut(natsConnection* connection) {
+    const std::lock_guard lock(mutex_);
+    if (connection_ == connection && socket_ >= 0) shutdown(socket_, SHUT_RDWR);
+}
+
 void EventLoop::AwaitWrite() {
     std::unique_lock lock(mutex_);
     written_.wait_for(lock, std::chrono::milliseconds(10));
@@ -142,6 +150,8 @@ void EventLoop::CutIfSilent(int socket) {
 void EventLoop::Run() {
     pthread_setname_np(pthread_self(), "tarvex-io");
     std::unique_lock lock(mutex_);
+    int readsLeft = kReads;
+    bool pauses = false;
     while (!ends_) {
         if (natsConnection* const closing = toClose_) {
             lock.unlock();
@@ -152,12 +162,12 @@ void EventLoop::Run() {
             continue;
         }
         natsConnection* const connection = connection_;
-        const short events = static_cast<short>((reads_ ? POLLIN : 0) | (writes_ ? POLLOUT : 0));
+        const short events = static_cast<short>((reads_ && !pauses ? POLLIN : 0) | (writes_ ? POLLOUT : 0));
         pollfd watched[2] = {{wake_, POLLIN, 0}, {connection ? socket_ : -1, events, 0}};
         const bool expects = connection && expected_ > 0;
         if (expects && Now() - heard_ > kSilence) CutIfSilent(socket_);
         lock.unlock();
-        const int ready = poll(watched, 2, expects ? kGlance : -1);
+        const int ready = poll(watched, 2, pauses ? kPause : expects ? kGlance : -1);
         if (ready > 0 && watched[0].revents) {
             std::uint64_t count;
             [[maybe_unused]] const auto taken = read(wake_, &count, sizeof count);
@@ -166,6 +176,11 @@ void EventLoop::Run() {
         const bool canWrite = ready > 0 && watched[1].revents & POLLOUT;
         if (canRead) natsConnection_ProcessReadEvent(connection);
         if (canWrite) natsConnection_ProcessWriteEvent(connection);
+        if (canRead) --readsLeft;
+        if (pauses || readsLeft <= 0) {
+            pauses = isBehind_();
+            readsLeft = kReads;
+        }
         lock.lock();
         if (canRead) heard_ = Now();
         if (canWrite) written_.notify_all();

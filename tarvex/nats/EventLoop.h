@@ -5,6 +5,7 @@
 #include <atomic>
 #include <condition_variable>
 #include <cstdint>
+#include <functional>
 #include <mutex>
 #include <thread>
 
@@ -15,8 +16,9 @@ namespace tarvex {
 /// several times as much.
 class EventLoop {
 public:
-    /// Raises `std::system_error` if the system has no descriptor or thread left.
-    EventLoop();
+    /// While `isBehind`, which is asked on the loop's thread, nothing is read: what comes waits at the server, not
+    /// in this process. Raises `std::system_error` if the system has no descriptor or thread left.
+    explicit EventLoop(std::function<bool()> isBehind);
     ~EventLoop();
     EventLoop(const EventLoop&) = delete;
     EventLoop& operator=(const EventLoop&) = delete;
@@ -25,6 +27,8 @@ public:
     natsStatus Serve(natsOptions* options);
     /// Closes on the loop's thread, the only one where the client does that safely, and waits for it.
     void Close(natsConnection* connection);
+    /// Ends the connection as if the network had.
+    void Cut(natsConnection* connection);
     /// Waits until something was written, or a moment.
     void AwaitWrite();
 
@@ -44,6 +48,7 @@ private:
     void Wake();
     void CutIfSilent(int socket);
 
+    const std::function<bool()> isBehind_;
     const int wake_;
     std::mutex mutex_;
     std::condition_variable changed_;

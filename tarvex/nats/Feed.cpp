@@ -17,6 +17,7 @@ constexpr std::int64_t kHeartbeat = kNanoseconds;
 constexpr std::int64_t kSilence = 4000;  // milliseconds without a heartbeat: the delivery is gone
 constexpr std::int64_t kApiWait = 3000;  // milliseconds for an answer of the store
 constexpr std::uint16_t kAllHistory = 0xFFFF;
+constexpr int kMostBuffered = 1 << 20;  // then no answer is given; the store asks again
 
 using ContextOwner = std::unique_ptr<jsCtx, Destroy<jsCtx_Destroy>>;
 using StreamInfoOwner = std::unique_ptr<jsStreamInfo, Destroy<jsStreamInfo_Destroy>>;
@@ -27,14 +28,24 @@ std::int64_t Now() {
     return duration_cast<milliseconds>(steady_clock::now().time_since_epoch()).count();
 }
 
-ContextOwner Store(Connection& connection) {
-    jsOptions options;
-    jsOptions_Init(&options);
-    options.Wait = kApiWait;
-    jsCtx* made = nullptr;
-    natsConnection_JetStream(&made, connection.Get(), &options);
-    return ContextOwner(made);
-}
+// Requests to the store, each of which a server that says nothing ends with the connection.
+class Store {
+public:
+    explicit Store(Connection& connection) : expectation_(connection) {
+        jsOptions options;
+        jsOptions_Init(&options);
+        options.Wait = kApiWait;
+        jsCtx* made = nullptr;
+        natsConnection_JetStream(&made, connection.Get(), &options);
+        context_.reset(made);
+    }
+    explicit operator bool() const { return context_ != nullptr; }
+    jsCtx* get() const { return context_.get(); }
+
+private:
+    Connection::Expectation expectation_;
+    ContextOwner context_;
+};
 
 const char* Header(natsMsg* message, const char* name) {
     const char* value = nullptr;
@@ -43,12 +54,12 @@ const char* Header(natsMsg* message, const char* name) {
 
 }  // namespace
 
-Feed::Feed(const EngineSettings& settings, const Subjects& subjects, Senders& senders, const std::string& run,
-           ReaderSide& reader, Waker& waker, Journal& journal)
+Feed::Feed(const EngineSettings& settings, const Subjects& subjects, Senders& senders, ReaderSide& reader, Waker& waker,
+           Journal& journal)
     : settings_(settings),
       subjects_(subjects),
       senders_(senders),
-      deliverHead_("_INBOX." + run + ".d."),
+      deliverHead_(subjects.Inbox('d')),
       reader_(reader),
       waker_(waker),
       journal_(journal) {}
@@ -56,7 +67,7 @@ Feed::Feed(const EngineSettings& settings, const Subjects& subjects, Senders& se
 bool Feed::FindStream(Connection& connection) {
     Stream stream;
     if (GetStream(connection, stream)) return true;
-    const ContextOwner store = Store(connection);
+    const Store store(connection);
     const std::string subjects = subjects_.AllMessages();
     const char* const list[] = {subjects.c_str()};
     jsStreamConfig config;
@@ -74,18 +85,19 @@ bool Feed::FindStream(Connection& connection) {
 }
 
 bool Feed::GetStream(Connection& connection, Stream& stream) {
-    const ContextOwner store = Store(connection);
+    const Store store(connection);
     jsStreamInfo* made = nullptr;
     if (!store || js_GetStreamInfo(&made, store.get(), settings_.stream.c_str(), nullptr, nullptr) != NATS_OK)
         return false;
     const StreamInfoOwner info(made);
-    stream = {info->State.FirstSeq, info->State.LastSeq};
+    // An empty stream has no first place yet.
+    stream = {std::max<std::uint64_t>(info->State.FirstSeq, 1), info->State.LastSeq, info->Created};
     return true;
 }
 
 // The store finds the place for a consumer that nobody will read.
 bool Feed::PlaceOfTime(Connection& connection, std::uint16_t seconds, std::uint64_t& place) {
-    const ContextOwner store = Store(connection);
+    const Store store(connection);
     jsConsumerConfig config;
     jsConsumerConfig_Init(&config);
     config.DeliverPolicy = js_DeliverByStartTime;
@@ -133,16 +145,27 @@ bool Feed::Add(Connection& connection, const Address& pattern, std::uint16_t his
     return Fail(TvxErrorTimeout) != 0;
 }
 
-void Feed::Narrow(Connection* connection) {
+void Feed::Narrow() {
     const std::lock_guard asking(asking_);
     if (reader_.FirstWanted()) return;
+    EndDelivery();
+}
+
+// Wants `asking_`.
+void Feed::EndDelivery() {
+    Subscription ended;
     {
         const std::lock_guard lock(mutex_);
         current_ = nullptr;
+        ended = std::move(subscription_);
     }
-    std::vector<SubscriptionOwner> ended;
-    ended.push_back(std::move(subscription_));
-    EndSubscription(connection, std::move(ended));
+    ended.End();
+    waker_.EndRun();
+}
+
+void Feed::AddTo(Backlog& backlog) {
+    const std::lock_guard lock(mutex_);
+    backlog.Add(subscription_);
 }
 
 bool Feed::Renew(Connection& connection) {
@@ -177,30 +200,28 @@ bool Feed::Restart(Connection& connection) {
         const std::lock_guard lock(mutex_);
         isFull_ = false;
     }
-    std::vector<SubscriptionOwner> ended;
-    ended.push_back(std::move(subscription_));
-    EndSubscription(&connection, std::move(ended));
+    EndDelivery();
 
     Stream stream;
     if (!GetStream(connection, stream)) return false;
     std::uint64_t start = reader_.FirstWanted().value_or(stream.last + 1);
-    if (start > stream.last + 1) {
-        journal_.Tell("the stream began anew");
+    const bool isNew = created_ != 0 && stream.created != created_;
+    if (isNew || start > stream.last + 1) {
+        start = isNew ? stream.first : stream.last + 1;
+        journal_.Tell(isNew ? "the stream began anew" : "the stream has lost its end");
         reader_.NoteLoss();
-        const std::lock_guard lock(mutex_);
-        start = stream.first;
-        position_ = start - 1;
         reader_.MoveBack(start);
-    } else if (start < stream.first && position_ > 0) {
+    } else if (start < stream.first) {
         journal_.Tell("the stream no longer keeps what was missed");
         reader_.NoteLoss();
+        start = stream.first;
     }
+    created_ = stream.created;
     const std::string deliver = deliverHead_ + std::to_string(++serial_);
-    subscription_ = AskFor(connection, deliver, {OnMessage, this});
-    if (!subscription_) return false;
     {
         const std::lock_guard lock(mutex_);
-        current_ = subscription_.get();
+        if (!subscription_.Ask(connection, deliver, {OnMessage, this})) return false;
+        current_ = subscription_.Get();
         expected_ = 1;
         position_ = start - 1;
         heard_ = Now();
@@ -218,7 +239,7 @@ bool Feed::Restart(Connection& connection) {
     config.Heartbeat = kHeartbeat;
     config.MemoryStorage = true;
     config.Replicas = 1;
-    const ContextOwner store = Store(connection);
+    const Store store(connection);
     if (store && js_AddConsumer(nullptr, store.get(), settings_.stream.c_str(), &config, nullptr, nullptr) == NATS_OK)
         return true;
     const std::lock_guard lock(mutex_);
@@ -255,10 +276,16 @@ void Feed::Take(natsSubscription* subscription, natsConnection* connection, nats
     const std::lock_guard lock(mutex_);
     if (subscription != current_) return;
     heard_ = Now();
+    // What the stream stored comes under its own subject; all else was sent to this process and holds no place.
+    const std::string_view subject = natsMsg_GetSubject(message);
+    if (subject.starts_with(deliverHead_)) {
+        TakeStatus(connection, message);
+        return;
+    }
     const char* const reply = natsMsg_GetReply(message);
     Places places;
     if (!reply || !ReadPlaces(reply, places)) {
-        TakeStatus(connection, message);
+        journal_.AddAndTell(Count::Foreign, "no message of the stream");
         return;
     }
     if (places.inDelivery != expected_ || places.inStream <= position_) {
@@ -267,14 +294,13 @@ void Feed::Take(natsSubscription* subscription, natsConnection* connection, nats
     }
     ++expected_;
     try {
-        const std::string_view subject = natsMsg_GetSubject(message);
         const char* const keys = Subjects::IsDigest(subject) ? Header(message, Subjects::kKeysHeader) : nullptr;
-        const Address* const address = senders_.Find(subject, keys);
+        const Senders::Known* const sender = senders_.Find(subject, keys);
         const auto length = static_cast<std::uint32_t>(natsMsg_GetDataLength(message));
-        if (length > kLargestBody || !address) {
+        if (length > kLargestBody || !sender) {
             journal_.AddAndTell(Count::Foreign, "no message of the bus");
         } else {
-            const auto taken = reader_.Take(*address, natsMsg_GetData(message), length, places.inStream);
+            const auto taken = reader_.Take(sender->address, natsMsg_GetData(message), length, places.inStream);
             if (taken == ReaderSide::Taken::Full) {
                 isFull_ = true;
                 BreakOff("the program is behind and its queue full");
@@ -298,7 +324,9 @@ void Feed::TakeStatus(natsConnection* connection, natsMsg* message) {
     }
     const char* answer = natsMsg_GetReply(message);
     if (!answer) answer = Header(message, "Nats-Consumer-Stalled");
-    if (answer) natsConnection_Publish(connection, answer, nullptr, 0);
+    if (answer && std::string_view(answer).starts_with("$JS.FC.") &&
+        natsConnection_Buffered(connection) < kMostBuffered)
+        natsConnection_Publish(connection, answer, nullptr, 0);
     const char* const last = Header(message, "Nats-Last-Consumer");
     if (!last) return;
     std::uint64_t number = 0;

@@ -10,8 +10,8 @@
 #include "tarvex/nats/Link.h"
 #include "tarvex/nats/Senders.h"
 #include "tarvex/nats/Subjects.h"
+#include "tarvex/nats/Subscription.h"
 #include "tarvex/nats/Waker.h"
-#include "tarvex/nats/Wishes.h"
 
 namespace tarvex {
 
@@ -20,8 +20,8 @@ namespace tarvex {
 /// is still wanted. Any thread may call.
 class Feed {
 public:
-    Feed(const EngineSettings& settings, const Subjects& subjects, Senders& senders, const std::string& run,
-         ReaderSide& reader, Waker& waker, Journal& journal);
+    Feed(const EngineSettings& settings, const Subjects& subjects, Senders& senders, ReaderSide& reader, Waker& waker,
+         Journal& journal);
 
     /// Makes the stream if there is none. False, with the last error value set, if it cannot be used.
     bool FindStream(Connection& connection);
@@ -29,21 +29,24 @@ public:
     /// 0xFFFF for all that the stream keeps. False, with the last error value set, if that failed.
     bool Add(Connection& connection, const Address& pattern, std::uint16_t history);
     /// After a subscription ended.
-    void Narrow(Connection* connection);
+    void Narrow();
     /// Asks a new connection to go on. False if it failed.
     bool Renew(Connection& connection);
     /// Mends a delivery that broke off.
     void Tend(Connection& connection);
+    void AddTo(Backlog& backlog);
 
 private:
     struct Stream {
-        std::uint64_t first;
-        std::uint64_t last;
+        std::uint64_t first = 1;  // kept, or to come
+        std::uint64_t last = 0;
+        std::int64_t created = 0;
     };
 
     bool GetStream(Connection& connection, Stream& stream);
     bool PlaceOfTime(Connection& connection, std::uint16_t seconds, std::uint64_t& place);
     bool Restart(Connection& connection);
+    void EndDelivery();
     bool GoOn(Connection& connection);
     std::string Filter() const;
     void Take(natsSubscription* subscription, natsConnection* connection, natsMsg* message);
@@ -59,10 +62,11 @@ private:
     Waker& waker_;  // the delivery thread's own
     Journal& journal_;
 
-    std::mutex asking_;  // one request to the engine at a time; never taken by the delivery
-    SubscriptionOwner subscription_;
+    std::mutex asking_;          // one request to the engine at a time; never taken by the delivery
+    Subscription subscription_;  // changed under both mutexes
     std::string filter_;
     std::uint64_t serial_ = 0;
+    std::int64_t created_ = 0;  // the stream that the places are those of
 
     std::mutex mutex_;
     natsSubscription* current_ = nullptr;  // null while there is no delivery, or it broke off

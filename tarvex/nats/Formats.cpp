@@ -16,31 +16,31 @@ bool IsOne(std::string_view key) { return key != "*"; }
 }  // namespace
 
 Formats::Formats(const Subjects& subjects, const Identity& identity, const Publications& publications, Wishes& wishes,
-                 const std::string& run, Journal& journal)
+                 Journal& journal)
     : subjects_(subjects),
       identity_(identity),
       publications_(publications),
       wishes_(wishes),
-      replies_("_INBOX." + run + ".f."),
+      replies_(subjects.Inbox('f')),
       journal_(journal) {
     wishes_.AddForLater(replies_ + "*", {OnAnswer, this});
 }
 
-std::vector<std::string> Formats::OfferSubjects(std::string_view msgKey, std::string_view identifier) const {
+Formats::Places Formats::OfferSubjects(std::string_view msgKey, std::string_view identifier) const {
     return {subjects_.FormatOfSender(identity_.Sends(msgKey, identifier)), subjects_.FormatOfPair(msgKey, identifier),
             subjects_.FormatOfAny()};
 }
 
-bool Formats::Offer(Connection& connection, std::string_view msgKey, std::string_view identifier) {
-    for (const std::string& subject : OfferSubjects(msgKey, identifier))
+bool Formats::Offer(Connection& connection, const Places& subjects) {
+    for (const std::string& subject : subjects)
         if (!wishes_.Add(connection, subject, {OnQuestion, this})) return false;
     return connection.RoundTrip();
 }
 
-void Formats::Withdraw(Connection* connection, std::string_view msgKey, std::string_view identifier) {
-    std::vector<std::string> subjects = OfferSubjects(msgKey, identifier);
-    if (publications_.HasFormats()) subjects.pop_back();
-    wishes_.Remove(connection, subjects);
+void Formats::Withdraw(const Places& subjects) {
+    const bool isLast = !publications_.HasFormats();
+    for (const std::string& subject : subjects)
+        if (isLast || subject != subjects.back()) wishes_.Remove(subject);
 }
 
 void Formats::OnQuestion(natsConnection* connection, natsSubscription*, natsMsg* message, void* closure) {
@@ -55,7 +55,8 @@ void Formats::OnQuestion(natsConnection* connection, natsSubscription*, natsMsg*
 void Formats::Answer(natsConnection* connection, natsMsg* question) const {
     const char* const reply = natsMsg_GetReply(question);
     const int length = natsMsg_GetDataLength(question);
-    if (!reply || length > kMostQuestion || natsConnection_Buffered(connection) > kMostBuffered) {
+    if (!reply || !Subjects::IsInbox(reply) || length > kMostQuestion ||
+        natsConnection_Buffered(connection) > kMostBuffered) {
         journal_.AddAndTell(Count::Foreign, "a question for a format that is none");
         return;
     }

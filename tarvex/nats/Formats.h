@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <atomic>
 #include <condition_variable>
 #include <map>
@@ -19,14 +20,15 @@ namespace tarvex {
 class Formats {
 public:
     Formats(const Subjects& subjects, const Identity& identity, const Publications& publications, Wishes& wishes,
-            const std::string& run, Journal& journal);
+            Journal& journal);
 
-    /// Answers for a pair from now on. False if the engine refuses.
-    bool Offer(Connection& connection, std::string_view msgKey, std::string_view identifier);
-    /// Answers no longer. `connection` may be null.
-    void Withdraw(Connection* connection, std::string_view msgKey, std::string_view identifier);
-    /// What an offer asks the engine for.
-    std::vector<std::string> OfferSubjects(std::string_view msgKey, std::string_view identifier) const;
+    /// Where a pair's format is asked for.
+    using Places = std::array<std::string, 3>;
+    Places OfferSubjects(std::string_view msgKey, std::string_view identifier) const;
+    /// Answers there from now on. False if the engine refuses.
+    bool Offer(Connection& connection, const Places& subjects);
+    /// Answers no longer. Needs no memory.
+    void Withdraw(const Places& subjects);
 
     enum class Found { Format, Nobody, NoAnswer };
     /// Asks the other programs; within two seconds.

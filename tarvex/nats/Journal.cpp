@@ -13,8 +13,8 @@
 namespace tarvex {
 namespace {
 
-constexpr const char* kNames[] = {"sent",      "resent",  "received", "repeated",   "foreign",
-                                  "overflown", "refused", "lost",     "reconnected"};
+constexpr const char* kNames[] = {"sent",      "resent",  "received", "repeated", "foreign",
+                                  "overflown", "refused", "lost",     "denied",   "reconnected"};
 
 bool IsPowerOfTen(std::uint64_t number) {
     while (number >= 10 && number % 10 == 0) number /= 10;
@@ -28,7 +28,8 @@ Journal::Journal(std::string who) : who_(std::move(who)) {
     if (path == "-")
         file_ = STDERR_FILENO;
     else if (!path.empty())
-        file_ = open(path.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0666);
+        file_ =
+            open(path.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NONBLOCK, 0666);  // a pipe holds nobody up
 }
 
 Journal::~Journal() {

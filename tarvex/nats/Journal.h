@@ -17,7 +17,8 @@ enum class Count {
     Foreign,    ///< no message of the bus, dropped
     Overflown,  ///< the program was behind and its queue full, dropped
     Refused,    ///< the stream did not take it, sent once more
-    Lost,       ///< accepted, but a server takes no message of that length
+    Lost,       ///< accepted, but the server or the stream takes no message of that length
+    Denied,     ///< the server said that it does not permit it
     Reconnected,
     Last = Reconnected
 };

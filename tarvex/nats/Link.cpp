@@ -46,8 +46,8 @@ bool Try(Work&& work) {
 
 }  // namespace
 
-Link::Link(const EngineSettings& settings, std::string name, Journal& journal, User& user)
-    : settings_(settings), name_(std::move(name)), journal_(journal), user_(user) {}
+Link::Link(const EngineSettings& settings, std::string name, std::string inbox, Journal& journal, User& user)
+    : settings_(settings), name_(std::move(name)), inbox_(std::move(inbox)), journal_(journal), user_(user) {}
 
 bool Link::Start() {
     if (!started_) {
@@ -59,7 +59,8 @@ bool Link::Start() {
 
 void Link::FirstStart() {
     const SignalsBlocked blocked;
-    loop_ = std::make_shared<EventLoop>();
+    hasThreads_ = true;
+    loop_ = std::make_shared<EventLoop>([this] { return user_.IsBehind(); });
     // The cryptographic library would clean up while the process ends and this connection still lives.
     if (settings_.secure) OPENSSL_init_crypto(OPENSSL_INIT_NO_ATEXIT, nullptr);
     Open(true);
@@ -77,8 +78,8 @@ void Link::FirstStart() {
 
 bool Link::Open(bool isFirst) {
     std::string why;
-    Current fresh = Connection::Open(loop_, settings_, name_, {OnClosed, OnFailed, this}, why);
-    if (fresh && !(user_.Renew(*fresh) && fresh->RoundTrip())) {
+    Current fresh = Connection::Open(loop_, settings_, name_, inbox_, {OnClosed, OnFailed, this}, why);
+    if (fresh && !(user_.Renew(*fresh, isFirst) && fresh->RoundTrip())) {
         why = "the server did not take the subscriptions";
         fresh.reset();
     }
@@ -94,11 +95,12 @@ bool Link::Open(bool isFirst) {
         journal_.Add(Count::Reconnected);
         changed_.wait_for(lock, kOthersReturn, [&] { return ends_ || fresh->IsClosed(); });
     }
+    if (ends_) return false;
     connection_ = fresh;
     up_ = true;
     wasUp_ = true;
     lock.unlock();
-    user_.OnUp(fresh, isFirst);
+    user_.OnUp(fresh);
     lock.lock();
     if (fresh->IsClosed()) up_ = false;
     changed_.notify_all();
@@ -125,7 +127,7 @@ void Link::Keep() {
         Current old = std::move(connection_);
         connection_ = nullptr;
         lock.unlock();
-        user_.OnDown();
+        user_.OnDown(old ? old->Get() : nullptr);
         old.reset();
         const bool opened = Try([this] { return Open(!wasUp_); });
         lock.lock();
@@ -162,14 +164,16 @@ void Link::OnClosed(natsConnection* connection, void* closure) {
         self->up_ = false;
         if (self->ends_) return;
     }
+    self->user_.OnDown(connection);
     self->journal_.Tell("connection lost");
-    self->user_.OnDown();
 }
 
 void Link::OnFailed(natsConnection* connection, natsSubscription*, natsStatus status, void* closure) {
     if (status != NATS_NOT_PERMITTED) return;
-    const char* text = nullptr;
-    natsConnection_GetLastError(connection, &text);
+    // This thread's own copy, if the client made one: the connection's may be that of the next error by now.
+    natsStatus last = NATS_OK;
+    const char* text = nats_GetLastError(&last);
+    if (last != status) natsConnection_GetLastError(connection, &text);
     Try([&] {
         static_cast<Link*>(closure)->user_.OnDenied(text ? text : "");
         return true;

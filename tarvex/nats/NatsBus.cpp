@@ -11,6 +11,7 @@ namespace tarvex {
 namespace {
 
 constexpr std::chrono::milliseconds kEndWait(2000);
+constexpr auto kDone = static_cast<TvxError>(0);
 
 std::string NewRun() {
     constexpr std::string_view kLetters = "0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz-_";
@@ -37,29 +38,27 @@ NatsBus::NatsBus(Identity identity, EngineSettings settings)
       senders_(subjects_),
       journal_(NameFor(identity_)),
       publications_(identity_),
-      link_(settings_, NameFor(identity_), journal_, *this),
-      sender_(settings_, subjects_, run_, journal_, link_),
-      formats_(subjects_, identity_, publications_, wishes_, run_, journal_),
+      link_(settings_, NameFor(identity_), subjects_.InboxOfNode(), journal_, *this),
+      sender_(settings_, subjects_, run_, denials_, journal_, link_),
+      formats_(subjects_, identity_, publications_, wishes_, journal_),
       waker_(reader_),
-      feed_(settings_, subjects_, senders_, run_, reader_, waker_, journal_) {
+      feed_(settings_, subjects_, senders_, reader_, waker_, journal_) {
     if (IsStored()) wishes_.AddForLater(sender_.AckSubject(), {OnAck, this});
 }
 
 // ---- what the link tells
 
-bool NatsBus::Renew(Connection& connection) {
-    sender_.AllowAll();
+bool NatsBus::Renew(Connection& connection, bool isFirst) {
+    denials_.Clear();
+    if (!isFirst && !IsStored()) reader_.NoteLoss();
     return wishes_.Renew(connection) && (!IsStored() || feed_.Renew(connection));
 }
 
-void NatsBus::OnUp(const Link::Current& connection, bool isFirst) {
-    if (!isFirst && !IsStored()) reader_.NoteLoss();
-    sender_.Resume(connection);
-}
+void NatsBus::OnUp(const Link::Current& connection) { sender_.Resume(connection); }
 
-void NatsBus::OnDown() {
-    sender_.Suspend();
-    reader_.Wake();
+void NatsBus::OnDown(const natsConnection* connection) {
+    sender_.Suspend(connection);
+    waker_.EndRun();
 }
 
 void NatsBus::Tend(Connection& connection) {
@@ -68,13 +67,17 @@ void NatsBus::Tend(Connection& connection) {
     if (IsStored()) feed_.Tend(connection);
 }
 
-// The text is the server's: Permissions Violation for Publish to "the subject".
 void NatsBus::OnDenied(const std::string& text) {
-    const std::size_t start = text.find('"');
-    const std::size_t end = text.rfind('"');
-    if (start == std::string::npos || end <= start) return;
-    journal_.Tell("%s", text.c_str());
-    sender_.Deny(text.substr(start + 1, end - start - 1));
+    if (!denials_.Add(text)) return;
+    journal_.AddAndTell(Count::Denied, "%s", text.c_str());
+    sender_.GiveUpDenied();
+}
+
+bool NatsBus::IsBehind() {
+    Backlog backlog;
+    wishes_.AddTo(backlog);
+    feed_.AddTo(backlog);
+    return backlog.IsLarge();
 }
 
 // ---- sending
@@ -87,18 +90,21 @@ int NatsBus::Send(std::string_view msgKey, std::string_view identifier, const vo
 
 bool NatsBus::SubscribeLive(Connection& connection, const Address& pattern) {
     const std::string subject = subjects_.Pattern({"*", "*", 0, pattern.msgKey, pattern.identifier});
-    if (wishes_.Add(connection, subject, {OnMessage, this}) && connection.RoundTrip()) {
-        OnDenied(connection.Denial());
-        if (!sender_.IsDenied(subject)) {
-            reader_.Add(pattern);
-            return true;
-        }
-        SetLastError(TvxErrorDenied);
-    } else {
-        SetLastError(TvxErrorTimeout);
+    const auto subscribe = [&] {
+        if (!wishes_.Add(connection, subject, {OnMessage, this}) || !connection.RoundTrip()) return TvxErrorTimeout;
+        OnDenied(connection.LastError());
+        if (denials_.Has(subject)) return TvxErrorDenied;
+        reader_.Add(pattern);
+        return kDone;
+    };
+    TvxError reason = TvxErrorNoMemory;
+    try {
+        reason = subscribe();
+    } catch (const std::bad_alloc&) {
     }
-    if (!reader_.Names(pattern.msgKey, pattern.identifier)) wishes_.Remove(&connection, {subject});
-    return false;
+    if (reason == kDone) return true;
+    if (!reader_.Names(pattern.msgKey, pattern.identifier)) wishes_.Remove(subject);
+    return Fail(reason) != 0;
 }
 
 int NatsBus::Subscribe(const Address& pattern, std::uint16_t value) {
@@ -110,12 +116,14 @@ int NatsBus::Subscribe(const Address& pattern, std::uint16_t value) {
 
 int NatsBus::Unsubscribe(const Address& pattern) {
     const std::lock_guard lock(subscribing_);
+    const std::string subject = subjects_.Pattern({"*", "*", 0, pattern.msgKey, pattern.identifier});
     if (!reader_.Remove(pattern)) return Fail(TvxErrorNothing);
-    const Link::Current connection = link_.Now();
-    if (IsStored())
-        feed_.Narrow(connection.get());
-    else if (!reader_.Names(pattern.msgKey, pattern.identifier))
-        wishes_.Remove(connection.get(), {subjects_.Pattern({"*", "*", 0, pattern.msgKey, pattern.identifier})});
+    if (IsStored()) {
+        feed_.Narrow();
+    } else if (!reader_.Names(pattern.msgKey, pattern.identifier)) {
+        wishes_.Remove(subject);
+        waker_.EndRun();
+    }
     return 1;
 }
 
@@ -135,19 +143,19 @@ void NatsBus::TakeLive(natsMsg* message) {
     const std::string_view subject = natsMsg_GetSubject(message);
     const char* keys = nullptr;
     if (Subjects::IsDigest(subject)) natsMsgHeader_Get(message, Subjects::kKeysHeader, &keys);
-    const Address* const address = senders_.Find(subject, keys);
+    const Senders::Known* const sender = senders_.Find(subject, keys);
     const auto length = static_cast<std::uint32_t>(natsMsg_GetDataLength(message));
-    if (length > kLargestBody || !address) {
+    if (length > kLargestBody || !sender) {
         journal_.AddAndTell(Count::Foreign, "no message of the bus");
         return;
     }
     const char* const reply = natsMsg_GetReply(message);
     Number number;
-    if (reply && ReadNumber(reply, number) && !repeats_.IsNew(number)) {
+    if (reply && ReadNumber(reply, number) && !repeats_.IsNew(sender->sender, number)) {
         journal_.Add(Count::Repeated);
         return;
     }
-    switch (reader_.Take(*address, natsMsg_GetData(message), length)) {
+    switch (reader_.Take(sender->address, natsMsg_GetData(message), length)) {
         case ReaderSide::Taken::Queued:
             journal_.Add(Count::Received);
             break;
@@ -180,19 +188,26 @@ int NatsBus::Publish(std::string_view msgKey, std::string_view identifier, const
     }
     const Link::Current connection = link_.Await();
     if (!connection) return Fail(TvxErrorTimeout);
-    if (!formats_.Offer(*connection, msgKey, identifier)) {
-        formats_.Withdraw(connection.get(), msgKey, identifier);
-        return Fail(TvxErrorTimeout);
+    const Formats::Places places = formats_.OfferSubjects(msgKey, identifier);
+    TvxError reason = TvxErrorTimeout;
+    try {
+        if (formats_.Offer(*connection, places)) {
+            publications_.Add(msgKey, identifier, format, formatSize);
+            return 1;
+        }
+    } catch (const std::bad_alloc&) {
+        reason = TvxErrorNoMemory;
     }
-    publications_.Add(msgKey, identifier, format, formatSize);
-    return 1;
+    formats_.Withdraw(places);
+    return Fail(reason);
 }
 
 int NatsBus::Unpublish(std::string_view msgKey, std::string_view identifier) {
     const std::lock_guard lock(subscribing_);
     const bool hadFormat = publications_.HasFormat(msgKey, identifier);
+    const Formats::Places places = formats_.OfferSubjects(msgKey, identifier);
     if (!publications_.Remove(msgKey, identifier)) return Fail(TvxErrorNothing);
-    if (hadFormat) formats_.Withdraw(link_.Now().get(), msgKey, identifier);
+    if (hadFormat) formats_.Withdraw(places);
     return 1;
 }
 
@@ -212,7 +227,7 @@ void NatsBus::End() {
     std::uint64_t left = 0;
     if (!sender_.Drain(kEndWait, left)) journal_.Tell("ended before the server had all: %" PRIu64 " left", left);
     link_.End();
-    sender_.Suspend();
+    sender_.Suspend(nullptr);
     journal_.TellCounts();
 }
 

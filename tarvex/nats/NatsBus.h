@@ -6,6 +6,7 @@
 #include "tarvex/Bus.h"
 #include "tarvex/Publications.h"
 #include "tarvex/ReaderSide.h"
+#include "tarvex/nats/Denials.h"
 #include "tarvex/nats/EngineSettings.h"
 #include "tarvex/nats/Feed.h"
 #include "tarvex/nats/Formats.h"
@@ -34,18 +35,19 @@ public:
     int Wait(std::uint32_t milliseconds) override { return reader_.Wait(milliseconds); }
     int Read(ReadBuffers& buffers) override { return reader_.Read(buffers); }
     int QueryFormat(const Address& pattern, void* buffer, std::uint32_t bufferSize, std::uint32_t& needed) override;
-    bool HasThreads() const override { return link_.IsStarted(); }
+    bool HasThreads() const override { return link_.HasThreads(); }
     void End() override;
 
 private:
     bool IsStored() const { return !settings_.stream.empty(); }
     bool SubscribeLive(Connection& connection, const Address& pattern);
 
-    bool Renew(Connection& connection) override;
-    void OnUp(const Link::Current& connection, bool isFirst) override;
-    void OnDown() override;
+    bool Renew(Connection& connection, bool isFirst) override;
+    void OnUp(const Link::Current& connection) override;
+    void OnDown(const natsConnection* connection) override;
     void Tend(Connection& connection) override;
     void OnDenied(const std::string& text) override;
+    bool IsBehind() override;
 
     static void OnMessage(natsConnection*, natsSubscription*, natsMsg* message, void* closure);
     static void OnAck(natsConnection*, natsSubscription*, natsMsg* message, void* closure);
@@ -60,6 +62,7 @@ private:
     Publications publications_;
     ReaderSide reader_;
     Wishes wishes_;
+    Denials denials_;
     Link link_;
     Sender sender_;
     Formats formats_;

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <deque>
+#include <set>
 #include <string_view>
 
 #include "tarvex/Spool.h"
@@ -22,16 +23,21 @@ public:
         const char* keys;
         const char* body;
         std::uint32_t bodyLength;
+        std::uint64_t tag;  ///< of the caller
     };
 
     /// Whether a message of this many bytes can be added; confirmed ones make room.
     bool MakeRoomFor(std::size_t bytes);
     /// The entry points into the outbox, which keeps its place. Raises `std::bad_alloc`, and is unchanged.
-    Entry Add(std::string_view subject, std::string_view keys, const void* body, std::uint32_t bodyLength);
+    Entry Add(std::string_view subject, std::string_view keys, const void* body, std::uint32_t bodyLength,
+              std::uint64_t tag);
 
     /// The server has all messages up to this one, at `now`.
     void Confirm(std::uint64_t number, std::int64_t now);
-    /// Lets confirmed messages go that had `kept` of time.
+    /// The server will never take this one: it is passed over, and counts as confirmed when those before it do.
+    /// Raises `std::bad_alloc`, and is unchanged.
+    void GiveUp(std::uint64_t number);
+    /// Lets confirmed messages go that had `kept` of time. They are not sent again.
     void Release(std::int64_t now, std::int64_t kept);
 
     std::uint64_t LastNumber() const { return last_; }
@@ -39,7 +45,7 @@ public:
     std::uint64_t Unconfirmed() const { return last_ - confirmed_; }
     std::size_t UnconfirmedBytes() const { return bytes_ - confirmedBytes_; }
 
-    /// The message with the lowest number that is not below `number`.
+    /// The message with the lowest number that is not below `number` and has neither been released nor given up.
     class Cursor {
     public:
         bool AtEnd() const { return block_ == outbox_->spool_.Blocks().size(); }
@@ -48,6 +54,8 @@ public:
 
     private:
         friend class Outbox;
+        void Step();
+        void PassGivenUp();
         const Outbox* outbox_;
         std::size_t block_;
         std::size_t at_;
@@ -57,6 +65,7 @@ public:
 private:
     struct Head {
         std::uint64_t number;
+        std::uint64_t tag;
         std::uint32_t bodyLength;
         std::uint32_t subjectLength;
         std::uint32_t keysLength;
@@ -77,8 +86,10 @@ private:
     std::deque<Mark> marks_;
     std::uint64_t last_ = 0;
     std::uint64_t confirmed_ = 0;
-    std::size_t bytes_ = 0;           // used, in all blocks
-    std::size_t confirmedBytes_ = 0;  // used, in blocks that are confirmed whole
+    std::uint64_t released_ = 0;
+    std::set<std::uint64_t> givenUp_;  // all above those confirmed
+    std::size_t bytes_ = 0;            // used, in all blocks
+    std::size_t confirmedBytes_ = 0;   // used, in blocks that are confirmed whole
 };
 
 }  // namespace tarvex

@@ -5,37 +5,39 @@
 #include <chrono>
 #include <condition_variable>
 #include <mutex>
-#include <set>
 #include <string>
 
+#include "tarvex/nats/Denials.h"
 #include "tarvex/nats/Link.h"
 #include "tarvex/nats/Outbox.h"
+#include "tarvex/nats/Secrets.h"
 #include "tarvex/nats/Subjects.h"
 
 namespace tarvex {
 
 /// The sending side. What a program sends is kept until the server has it: live until it has answered a round
 /// trip and had a second to pass the message on, stored until the stream has acknowledged it. After a cut the
-/// rest goes out again, in order and marked, so that a reader drops what it has. Any thread may call.
+/// rest goes out again, in order and marked, so that a reader drops what it has. If the stream has not taken a
+/// message, that one goes out again alone until it has; then those behind it follow. Any thread may call.
 class Sender {
 public:
-    Sender(const EngineSettings& settings, const Subjects& subjects, const std::string& run, Journal& journal,
-           Link& link);
+    Sender(const EngineSettings& settings, const Subjects& subjects, const std::string& run, const Denials& denials,
+           Journal& journal, Link& link);
 
     int Send(std::string_view msgKey, std::string_view identifier, const void* bytes, std::uint32_t count);
 
     /// Sends what waits, then all that is added. Returns when the connection ends or nothing waits.
     void Resume(const Link::Current& connection);
-    void Suspend();
+    /// Sends nothing more on this connection; null for any.
+    void Suspend(const natsConnection* ended);
     /// Learns what the server has.
     void Tend(Connection& connection);
-    /// Waits until the server has everything. False if it has not after this time; `left` is then how many.
+    /// Takes nothing more, and waits until the server has everything. False if it has not after this time; `left` is
+    /// then how many.
     bool Drain(std::chrono::milliseconds limit, std::uint64_t& left);
 
-    /// From now on nothing is sent to the subject.
-    void Deny(const std::string& subject);
-    void AllowAll();
-    bool IsDenied(const std::string& subject) const;
+    /// Lets go what the server has denied.
+    void GiveUpDenied();
 
     /// Where the stream acknowledges, with a wildcard at its end.
     std::string AckSubject() const { return ackHead_ + "*"; }
@@ -49,13 +51,19 @@ private:
     natsStatus Put(const Outbox::Entry& entry);
     natsStatus PutStored(const Outbox::Entry& entry);
     const Subjects::Subject& SubjectOf(std::string_view msgKey, std::string_view identifier);
+    bool IsTooLong(std::size_t keys, std::size_t body) const;
+    enum class Passed { Put, Lost, Waits };
+    Passed PutWaiting(const Outbox::Entry& entry);
     void Pump(Lock& lock);
-    void SendAgainFrom(Lock& lock, std::uint64_t number);
+    void Lose(const Outbox::Entry& entry, const char* why);
+    void Urge(std::int64_t now);
+    void GoOn();
 
     const bool stores_;
     const Subjects& subjects_;
     const std::string run_;
     const std::string ackHead_;
+    const Denials& denials_;
     Journal& journal_;
     Link& link_;
 
@@ -70,17 +78,18 @@ private:
     std::condition_variable room_;
     Link::Current connection_;
     Outbox outbox_;
+    Secrets tags_;
+    std::int64_t largest_;  // body and headers, that the server last took
+    bool ends_ = false;
     std::uint64_t next_ = 1;     // to be put on the connection
     std::uint64_t highest_ = 0;  // ever put on one
     std::size_t unlooked_ = 0;   // bytes put on the connection since its queue was looked at
     bool hurried_ = false;
-    std::uint64_t refused_ = 0;  // the first that the stream did not take; 0 for none
+    bool refuses_ = false;       // the stream takes nothing now
+    bool probes_ = false;        // the first unconfirmed message goes alone
+    std::int64_t probed_ = 0;    // when it last did
     std::uint64_t seen_ = 0;     // confirmed when last looked at
     std::int64_t progress_ = 0;  // when that last moved
-
-    mutable std::mutex denials_;
-    std::atomic<bool> anyDenied_ = false;
-    std::set<std::string, std::less<>> denied_;
 };
 
 }  // namespace tarvex

@@ -13,16 +13,17 @@ class Senders {
 public:
     explicit Senders(const Subjects& subjects) : subjects_(subjects) {}
 
+    struct Known {
+        Address address;
+        std::string sender;   ///< `Subjects::SenderOf`
+        std::string subject;  ///< empty for none
+        std::string text;     ///< what the address points into
+    };
     /// The keys of a message, valid until the next call; null if it is none of the bus's. `keys` is its header,
     /// or null.
-    const Address* Find(std::string_view subject, const char* keys);
+    const Known* Find(std::string_view subject, const char* keys);
 
 private:
-    struct Known {
-        std::string subject;  // empty for none
-        std::string text;     // what the address points into
-        Address address;
-    };
     const Subjects& subjects_;
     std::array<Known, 64> known_;
     Known* latest_ = known_.data();

@@ -1,12 +1,16 @@
 #include "tarvex/nats/Subjects.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdio>
+
+#include "tarvex/nats/Secrets.h"
 
 namespace tarvex {
 namespace {
 
 constexpr std::string_view kDigestMark = "%~";
+constexpr std::size_t kLongestInboxWord = 64;
 
 // Two of the well-known 64-bit hashes of Fowler, Noll and Vo. What two keys share by chance is told apart by
 // the header.
@@ -99,6 +103,22 @@ std::string Subjects::FormatOfPair(std::string_view msgKey, std::string_view ide
     return text;
 }
 
+std::string Subjects::InboxOfNode() const {
+    std::string word;
+    AppendToken(word, identity_.Sends({}, {}).node);
+    // The store's requests, which name it, are text of a kind that not every byte survives.
+    const bool isAscii = std::all_of(word.begin(), word.end(), [](char c) { return (c & 0x80) == 0; });
+    if (!isAscii || word.size() > kLongestInboxWord) word = Digest(identity_.Sends({}, {}).node);
+    return "_INBOX." + word;
+}
+
+std::string Subjects::Inbox(char purpose) const { return InboxOfNode() + "." + purpose + "." + SecretWord() + "."; }
+
+std::string_view Subjects::SenderOf(std::string_view subject) {
+    for (int word = 0; word < 2; ++word) subject = subject.substr(0, subject.rfind('.'));
+    return subject;
+}
+
 bool Subjects::IsDigest(std::string_view subject) { return subject.find(kDigestMark) != std::string_view::npos; }
 
 bool Subjects::Parse(std::string_view subject, const char* keys, std::string& scratch, Address& address) const {
@@ -115,8 +135,6 @@ bool Subjects::Parse(std::string_view subject, const char* keys, std::string& sc
     if (address.number == 0 || address.node.empty() || address.task.empty()) return false;
     if (!IsKey(address.node) || !IsKey(address.task) || !IsKey(address.msgKey) || !IsKey(address.identifier))
         return false;
-    if (!isDigest) return true;
-    // A server lets a program send under its own sender keys only: the header must not name others.
     std::string told = root_ + ".m.";
     AppendSender(told, address);
     AppendPair(told, address.msgKey, address.identifier);

@@ -39,10 +39,21 @@ public:
     std::string FormatOfAny() const { return root_ + ".a"; }
     std::string AllMessages() const { return root_ + ".m.>"; }
 
+    /// Where the engine answers this process, a dot at the end. The first words are the node's own, so that a
+    /// server can keep others out; the last can be guessed by nobody.
+    std::string Inbox(char purpose) const;
+    /// The first words of all of them, for the engine's client.
+    std::string InboxOfNode() const;
+    /// Where no one but the bus asks to be answered. Elsewhere an answer would be a message in this program's name.
+    static bool IsInbox(std::string_view reply) { return reply.starts_with("_INBOX."); }
+
+    /// All words of a message but its pair.
+    static std::string_view SenderOf(std::string_view subject);
     /// Whether the keys have to come from the header.
     static bool IsDigest(std::string_view subject);
     /// The keys of a message with this subject, and this key text if `IsDigest`. False if it is none of the
-    /// bus's. The address points into `scratch`.
+    /// bus's, or if the bus would write the subject otherwise: a server's permissions look at how it is written. The
+    /// address points into `scratch`.
     bool Parse(std::string_view subject, const char* keys, std::string& scratch, Address& address) const;
 
 private:
