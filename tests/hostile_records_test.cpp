@@ -258,8 +258,8 @@ TEST_F(HostileRecords, StructuresThatHoldThemselves) {
     EXPECT_EQ(FieldsOf(record), "refused");
 }
 
-TEST_F(HostileRecords, ACachedFormatOf39FieldsStaysSmall) {
-    // As paths of structures are: they fill a text's storage inside the object.
+// A record of 39 fields, with names as paths of structures are: they fill a text's storage inside the object.
+std::string RecordOf39Fields() {
     std::vector<std::string> names;
     std::vector<msguser> rows;
     for (int i = 0; i < 39; ++i) names.push_back("FilterPos.WGS84Geog.Longitude" + std::to_string(10 + i));
@@ -267,10 +267,14 @@ TEST_F(HostileRecords, ACachedFormatOf39FieldsStaysSmall) {
     msgfmt* format = nullptr;
     std::uint32_t used = 0;
     LmbDefineFields(rows.data(), static_cast<int>(rows.size()));
-    ASSERT_EQ(LmbBuildFormat(512, &format, &used), 0);
-    query = Answers(std::string(reinterpret_cast<const char*>(format), format->Length));
+    EXPECT_EQ(LmbBuildFormat(512, &format, &used), 0);
+    const std::string record(reinterpret_cast<const char*>(format), format->Length);
     std::free(format);
+    return record;
+}
 
+TEST_F(HostileRecords, ACachedFormatOf39FieldsStaysSmall) {
+    query = Answers(RecordOf39Fields());
     CMapStringToOb cache;
     CExtMsg message;
     const std::size_t before = TheHeap().live;
@@ -278,6 +282,23 @@ TEST_F(HostileRecords, ACachedFormatOf39FieldsStaysSmall) {
     EXPECT_EQ(message.FormatRoot->Fields.GetCount(), 39);
     EXPECT_LT(TheHeap().live - before + malloc_usable_size(message.FormatRoot->Format.get()), 8192u);
     delete cache.GetAt(0);
+}
+
+TEST_F(HostileRecords, ANewKeyTextWithEveryMessageFillsTheCacheToItsLimitOnly) {
+    query = Answers(RecordOf39Fields());
+    CMapStringToOb cache;
+    const std::size_t before = TheHeap().live;
+    const auto find = [&](int number) {
+        CExtMsg message;
+        return message.GetMsgFmt(("*.*.0.new." + std::to_string(number)).c_str(), cache);
+    };
+    int kept = 0;
+    while (kept < 100000 && find(kept)) ++kept;
+    EXPECT_GT(kept, 5000);
+    EXPECT_LT(TheHeap().live - before, std::size_t{80} << 20);
+    EXPECT_FALSE(find(kept + 1));
+    EXPECT_TRUE(find(0) && find(kept - 1));  // what is there serves on
+    for (int i = 0; i < cache.GetCount(); ++i) delete cache.GetAt(i);
 }
 
 }  // namespace

@@ -15,14 +15,16 @@
 ///
 /// Results are 1 for success and 0 for failure, unless said otherwise; a null output gives 0. Only the
 /// encoding raises anything: `CArchiveException` for bytes that cannot be loaded, `CMemoryException`
-/// for a message that does not fit. One thread at a time uses a message.
+/// for a message that does not fit. A program uses all of its messages from one thread at a time: they share
+/// what the library knows of formats and of the sizes that messages come in.
 ///
 ///     CPosnMsg position;                      CMsg received;
 ///     position.Name = "ROV";                  received.MsgKey = "PRX~Position";
 ///     position.East = 431250.0;               received.InstanceIdentifier = "*";
 ///     position.Send();                        received.Subscribe(0);
-///                                             while (received.Receive(1000)) {
+///                                             for (;;) {
 ///                                                 CMsg* message = nullptr;
+///                                                 if (!received.Receive(1000)) continue;
 ///                                                 if (!AllocMsg(received.MsgKey, nullptr, &message)) continue;
 ///                                                 message->Decode(&received);
 ///                                                 FreeMsg(message);

@@ -1,5 +1,6 @@
 // From a format record, which comes from outside, to the cached tree of its fields.
 
+#include <algorithm>
 #include <cstring>
 #include <limits>
 #include <utility>
@@ -22,6 +23,9 @@ constexpr std::uint32_t kLargestRecord = std::numeric_limits<std::uint16_t>::max
 constexpr int kMostQueries = 4;  // a record whose size keeps growing between two queries is let go
 constexpr int kMostLevels = 64;  // structures within structures
 constexpr int kLongestName = 1023;
+// Bytes of all formats in a cache. Nothing leaves it, and a sender can name a new key text with every message.
+constexpr std::size_t kMostCached = 64u << 20;
+constexpr std::size_t kFieldBytes = 160;  // of a field and its entry in the map, without a long name
 constexpr int kMostFields = std::numeric_limits<std::uint16_t>::max() - 100;  // ids are 16 bits, from 100
 
 using Block = std::unique_ptr<msgfmt, FreesBlock>;
@@ -51,6 +55,12 @@ bool HasSoundHead(const msgfmt& format, std::uint32_t length) {
            std::memchr(format.Version, '\0', sizeof format.Version);
 }
 
+bool IsFull(const CMapStringToOb& cache) {
+    std::size_t bytes = 0;
+    for (int i = 0; i < cache.GetCount(); ++i) bytes += static_cast<const CExtFormatDefn*>(cache.GetAt(i))->Bytes;
+    return bytes >= kMostCached;
+}
+
 bool IsStructure(const msguser& field) { return field.Storage == MsgStorageOpen || field.Storage == MsgStorageClose; }
 
 }  // namespace
@@ -62,6 +72,7 @@ int CExtMsg::GetMsgFmt(CString key, CMapStringToOb& cache) {
         FormatRoot = static_cast<CExtFormatDefn*>(cached);
         return 1;
     }
+    if (IsFull(cache)) return 0;
     std::uint32_t length = 0;
     Block format = QueryFormat(key, length);
     if (!format || !HasSoundHead(*format, length)) return 0;
@@ -75,6 +86,7 @@ int CExtMsg::GetMsgFmt(CString key, CMapStringToOb& cache) {
     std::unique_ptr<CExtFormatDefn> root(std::exchange(FormatRoot, nullptr));
     root->Format = std::move(format);
     if (!root->sound || root->Fields.IsEmpty()) return 0;
+    root->Bytes += sizeof(CExtFormatDefn) + std::max(length, kFirstBuffer) + static_cast<std::size_t>(key.GetLength());
     CObject*& place = cache[key];
     place = FormatRoot = root.release();
     return 1;
@@ -120,6 +132,7 @@ int CExtMsg::BuildDefn(msgfmt* format, msguser* parent, CString prefix, int base
                 root.sound = false;
                 break;
             }
+            root.Bytes += kFieldBytes + static_cast<std::size_t>(name.GetLength());
             auto leaf = std::make_unique<CExtFieldDefn>();
             leaf->Field = field;
             leaf->Field.Offset = static_cast<std::uint16_t>(offset);

@@ -33,7 +33,8 @@ public:
     int SetMemberValue(std::uint16_t id, std::uint16_t index, double value) override;
 
     /// Sets the five keys from the key text `key` and finds its format in `cache`, or fetches it from the
-    /// bus and enters it there. A record that is not sound gives 0, with the cache as it was.
+    /// bus and enters it there. A record that is not sound gives 0, with the cache as it was, and so does one that
+    /// is not there once 64 MiB of formats are.
     int GetMsgFmt(CString key, CMapStringToOb& cache);
 
     CExtFormatDefn* FormatRoot = nullptr;             ///< the format, owned by the cache

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <charconv>
 #include <cstdint>
 #include <cstdlib>
 #include <fstream>
@@ -72,6 +73,8 @@ protected:
     std::unique_ptr<EngineServer> server_;
 };
 
+class HostileToAStream : public Hostile {};
+
 TEST_P(Hostile, FramesAreDroppedAndCountedAndSpoilNothing) {
     const std::string large(1310721, 'x');
     const std::string digest(32, 'A');
@@ -115,12 +118,16 @@ TEST_P(Hostile, FramesAreDroppedAndCountedAndSpoilNothing) {
         raw.Publish("tvx.m.n.t.1.%~" + digest + ".i", "body", "", "Tvx-Keys", "good.test.7.k.i");
         raw.Publish("tvx.m.n.t.1.k.i", large);
         goOn();
-        // A sender's number that is not its own: only what is marked as sent again can be taken for a repeat.
-        for (const char* reply : {"~RUNRUNRUzzzzzzzzzzzz", "~RUNRUNRU1~", "~RUNRUNRU", "~~~~~~~~~~~~", "x"})
-            raw.Publish("tvx.m.n.t.1.k.i", "a message", reply);
-        raw.Flush();
-        for (int i = 0; i < (IsStored() ? 5 : 4); ++i) EXPECT_EQ(Read().keys, "n|t|1|k|i");
-        goOn();
+    }));
+    // The first three have not the words of a message: no reader asks for them. Three more were none.
+    EXPECT_EQ(Counted("foreign"), static_cast<std::int64_t>(subjects.size()));
+}
+
+TEST_P(Hostile, RandomFramesSpoilNothing) {
+    EXPECT_TRUE(InOwnProcess([&] {
+        Use();
+        ASSERT_EQ(TvxSubscribe("*", "*", 0, "*", "*", 0, 0), 1);
+        RawClient raw(server_->Url());
         // Random subjects and bodies; what happens to be a message comes before the next good one.
         std::mt19937 random(1);
         for (int i = 0; i < 2000; ++i) {
@@ -138,7 +145,69 @@ TEST_P(Hostile, FramesAreDroppedAndCountedAndSpoilNothing) {
         }
         EXPECT_EQ(got.keys, "good|test|7|k|");
     }));
-    EXPECT_GE(Counted("foreign"), static_cast<std::int64_t>(subjects.size() + 3));
+}
+
+// Who knows another sender's last number cannot make its next message look like a repeat.
+TEST_P(Hostile, NumbersAndIdsOfOthersLoseNoMessage) {
+    EXPECT_TRUE(InOwnProcess([&] {
+        Use();
+        ASSERT_EQ(TvxSubscribe("*", "*", 0, "*", "*", 0, 0), 1);
+        RawClient raw(server_->Url());
+        raw.Listen("tvx.m.good.>");
+        const std::string header = "Nats-Msg-Id";
+        for (int i = 0; i < 20; ++i) {
+            ASSERT_EQ(Send("k", std::to_string(i)), 1);
+            ASSERT_EQ(Read().body, std::to_string(i));
+            const auto seen = raw.Next();
+            ASSERT_TRUE(seen);
+            const char* id = nullptr;
+            if (IsStored()) natsMsgHeader_Get(seen.get(), header.c_str(), &id);
+            const std::string number = IsStored() ? id : natsMsg_GetReply(seen.get());
+            constexpr std::size_t kRun = 9;  // and its mark
+            const std::string digits = number.substr(kRun, number.find('-') - kRun);
+            const std::string rest = number.substr(kRun + digits.size());
+            const unsigned long last = std::stoul(digits, nullptr, 36);
+            for (unsigned long next = last + 3; next > last; --next) {
+                char text[16];
+                *std::to_chars(text, text + sizeof text, next, 36).ptr = '\0';
+                const std::string forged = number.substr(0, kRun) + text;
+                if (IsStored())
+                    raw.Publish("tvx.m.evil.t.1.other.i", "", "", header, forged + rest);
+                else
+                    raw.Publish("tvx.m.evil.t.1.other.i", "", forged + (i % 2 ? "~" : ""));
+            }
+            raw.Flush();
+            for (Got forged; (forged = Read(50)).keys != "nothing";) ASSERT_EQ(forged.keys, "evil|t|1|other|i");
+        }
+    }));
+}
+
+// What is sent to the places where the stream delivers and acknowledges is believed to be neither.
+TEST_P(HostileToAStream, FramesToAnInboxMoveNoPlace) {
+    EXPECT_TRUE(InOwnProcess([&] {
+        Use();
+        ASSERT_EQ(TvxSubscribe("*", "*", 0, "*", "*", 0, 0), 1);
+        RawClient raw(server_->Url());
+        raw.Listen("_INBOX.good.d.>");
+        std::shared_ptr<natsMsg> heartbeat;
+        for (int i = 0; i < 5 && !heartbeat; ++i) heartbeat = raw.Next();
+        ASSERT_TRUE(heartbeat);
+        const std::string inbox = natsMsg_GetSubject(heartbeat.get());
+        for (std::uint64_t next = 1; next < 10; ++next) {
+            const std::string places = std::to_string(next) + "." + std::to_string(next) + ".0.0";
+            raw.Publish(inbox, "", "$JS.ACK.TEST.c.1." + places);
+            raw.Publish(inbox, "body", "$JS.ACK.TEST.c.1." + places);
+            raw.Publish(inbox, "", "$JS.ACK.TEST.c.1.9000000000." + std::to_string(next) + ".0.0");
+            raw.Publish(inbox, "", "tvx.m.good.test.7.k.answered", "Status", "100");
+            raw.Flush();
+            ASSERT_EQ(Send("k", std::to_string(next)), 1);
+            const Got got = Read();
+            EXPECT_EQ(got.keys, "good|test|7|k|");
+            EXPECT_EQ(got.body, std::to_string(next));
+        }
+        EXPECT_EQ(TvxWait(100), 0);
+        EXPECT_EQ(GetLastError(), static_cast<std::uint32_t>(TvxErrorNothing));
+    }));
 }
 
 TEST_P(Hostile, QuestionsAndAnswersThatAreNoneSpoilNoFormat) {
@@ -167,6 +236,14 @@ TEST_P(Hostile, QuestionsAndAnswersThatAreNoneSpoilNoFormat) {
                 length = static_cast<std::size_t>(natsMsg_GetDataLength(answer.get()));
             }
             EXPECT_EQ(length, sizeof format);
+            // An answer to a subject of messages would be one, in the publisher's name.
+            ASSERT_EQ(TvxSubscribe("*", "*", 0, "*", "*", 0, 0), 1);
+            raw.Publish(subject, "*.*.0.k.i", "tvx.m.good.test.7.k.i");
+            raw.Publish(subject, "*.*.0.k.i", "_INBOX.raw");
+            ASSERT_TRUE(raw.Next());
+            ASSERT_EQ(Send("k", "the first"), 1);
+            EXPECT_EQ(Read().body, "the first");
+            TvxUnsubscribe("*", "*", 0, "*", "*");
         }
     }));
     // A publisher that answers with what is no record.
@@ -187,25 +264,39 @@ TEST_P(Hostile, QuestionsAndAnswersThatAreNoneSpoilNoFormat) {
     }));
 }
 
-TEST_P(Hostile, AStreamThatIsFullRefusesAndLosesNothing) {
-    if (!IsStored()) GTEST_SKIP() << "there is no stream";
-    ASSERT_TRUE(InOwnProcess([&] {
-        RawClient raw(server_->Url());
-        jsCtx* store = nullptr;
-        ASSERT_EQ(natsConnection_JetStream(&store, raw.Get(), nullptr), NATS_OK);
+// A stream with limits of its own, as a server's owner makes it.
+class Stream {
+public:
+    explicit Stream(const std::string& url) : raw_(url) { natsConnection_JetStream(&store_, raw_.Get(), nullptr); }
+    ~Stream() { jsCtx_Destroy(store_); }
+    Stream(const Stream&) = delete;
+    Stream& operator=(const Stream&) = delete;
+
+    bool Make(std::int64_t mostMessages = -1, std::int32_t longest = -1) {
         const char* subjects[] = {"tvx.m.>"};
         jsStreamConfig config;
         jsStreamConfig_Init(&config);
         config.Name = "TEST";
         config.Subjects = subjects;
         config.SubjectsLen = 1;
-        config.MaxMsgs = 100;
+        config.MaxMsgs = mostMessages;
+        config.MaxMsgSize = longest;
         config.Discard = js_DiscardNew;
-        ASSERT_EQ(js_AddStream(nullptr, store, &config, nullptr, nullptr), NATS_OK);
-        jsCtx_Destroy(store);
-    }));
+        return js_AddStream(nullptr, store_, &config, nullptr, nullptr) == NATS_OK;
+    }
+    bool Delete() { return js_DeleteStream(store_, "TEST", nullptr, nullptr) == NATS_OK; }
+    bool Empty() { return js_PurgeStream(store_, "TEST", nullptr, nullptr) == NATS_OK; }
+
+private:
+    RawClient raw_;
+    jsCtx* store_ = nullptr;
+};
+
+TEST_P(HostileToAStream, AStreamThatIsFullRefusesAndLosesNothing) {
     EXPECT_TRUE(InOwnProcess([&] {
         Use();
+        Stream stream(server_->Url());
+        ASSERT_TRUE(stream.Make(100, 1000));
         ASSERT_EQ(TvxSubscribe("*", "*", 0, "k", "*", 0, 0), 1);
         int accepted = 0;
         for (; accepted < 100000 && Send("k", std::to_string(accepted)); ++accepted)
@@ -213,15 +304,59 @@ TEST_P(Hostile, AStreamThatIsFullRefusesAndLosesNothing) {
         EXPECT_EQ(GetLastError(), static_cast<std::uint32_t>(TvxErrorRefused));
         EXPECT_GE(accepted, 100);
         for (int i = 0; i < 100; ++i) ASSERT_EQ(Read().body, std::to_string(i));
-        RawClient other(server_->Url());  // makes room
-        jsCtx* otherStore = nullptr;
-        natsConnection_JetStream(&otherStore, other.Get(), nullptr);
-        js_PurgeStream(otherStore, "TEST", nullptr, nullptr);
+        ASSERT_TRUE(stream.Empty());
         for (int i = 100; i < accepted; ++i) ASSERT_EQ(Read().body, std::to_string(i));
-        jsCtx_Destroy(otherStore);
+        // A message that the stream never takes holds up no other.
+        EXPECT_EQ(Send("k", std::string(2000, 'x')), 1);
+        for (int tries = 0; tries < 500 && !Send("k", "behind"); ++tries)
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        EXPECT_EQ(Read().body, "behind");
     }));
 }
 
+// An acknowledgement tells of its own message only.
+TEST_P(HostileToAStream, WhatAStreamMissedWhileItWasGoneIsSentAgainInOrder) {
+    EXPECT_TRUE(InOwnProcess([&] {
+        Use();
+        Stream stream(server_->Url());
+        RawClient raw(server_->Url());
+        raw.Listen("tvx.m.>");  // so that the server does not tell that nobody is there
+        ASSERT_EQ(Send("k", "before"), 1);
+        std::this_thread::sleep_for(std::chrono::milliseconds(500));
+        ASSERT_TRUE(stream.Delete());
+        for (int i = 0; i < 10; ++i) ASSERT_EQ(Send("k", std::to_string(i)), 1);
+        std::this_thread::sleep_for(std::chrono::milliseconds(2500));
+        for (int i = 10; i < 20; ++i) ASSERT_EQ(Send("k", std::to_string(i)), 1);
+        ASSERT_TRUE(stream.Make());
+        ASSERT_EQ(TvxSubscribe("*", "*", 0, "k", "*", 0, 0xFFFF), 1);
+        for (int i = 0; i < 20; ++i) ASSERT_EQ(Read().body, std::to_string(i));
+        EXPECT_EQ(Send("k", "behind"), 1);
+        EXPECT_EQ(Read().body, "behind");
+    }));
+}
+
+TEST_P(HostileToAStream, AStreamThatIsMadeAnewIsToldAndReadFromItsBegin) {
+    EXPECT_TRUE(InOwnProcess([&] {
+        Use();
+        Stream stream(server_->Url());
+        RawClient raw(server_->Url());
+        ASSERT_EQ(TvxSubscribe("*", "*", 0, "k", "*", 0, 0xFFFF), 1);  // of a stream that is empty
+        for (int i = 0; i < 5; ++i) {
+            ASSERT_EQ(Send("k", std::to_string(i)), 1);
+            ASSERT_EQ(Read().body, std::to_string(i));
+        }
+        ASSERT_TRUE(stream.Delete());
+        ASSERT_TRUE(stream.Make());
+        for (int i = 0; i < 8; ++i) raw.Publish("tvx.m.n.t.1.k.i", "new " + std::to_string(i));  // more than before
+        raw.Flush();
+        EXPECT_EQ(TvxWait(10000), 0);
+        EXPECT_EQ(GetLastError(), static_cast<std::uint32_t>(TvxErrorLost));
+        for (int i = 0; i < 8; ++i) ASSERT_EQ(Read().body, "new " + std::to_string(i));
+    }));
+}
+
+INSTANTIATE_TEST_SUITE_P(Bus, HostileToAStream, testing::Values(std::string("stored")),
+                         [](const auto& way) { return way.param; });
 INSTANTIATE_TEST_SUITE_P(Bus, Hostile, testing::Values(std::string("live"), std::string("stored")),
                          [](const auto& way) { return way.param; });
 

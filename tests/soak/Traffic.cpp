@@ -157,12 +157,12 @@ void Consumer::TakeOther() {
     CString formatKey;
     received_.CombineKeys(&formatKey);
     CMsg* made = nullptr;
+    const bool isRecord = received_.MsgKey.View() == kRecordKey;
     if (!AllocMsg(received_.MsgKey, formatKey, &made)) {
-        ++hostileRefused_;
+        ++(isRecord ? spoiled_ : hostileRefused_);
         return;
     }
     const std::unique_ptr<CMsg, Free> message(made);
-    const bool isRecord = received_.MsgKey.View() == kRecordKey;
     try {
         if (received_.InstanceIdentifier.View() == kHostile)
             message->Decode(&received_);

@@ -114,10 +114,13 @@ int Soak(seconds time, bool isStored, const std::string& program) {
         const std::string report = reader->Output().substr(std::strlen("ready\n"));
         std::printf("  read: %s", report.c_str());
         const long lost = Number(report, "lost");
+        const long recordsLost = Number(sent.substr(std::strlen("ready\n")), "records") - Number(report, "records");
         holds = holds &&
                 Number(report, "positions") + lost == Number(sent.substr(std::strlen("ready\n")), "positions") &&
                 Number(report, "spoiled") == 0 && Number(report, "behind") == 0 && Number(report, "end") == 1 &&
-                (isStored ? lost == 0 : lost <= 10 * kills && (lost == 0 || Number(report, "told") > 0));
+                (isStored ? lost == 0 && recordsLost == 0
+                          : lost + recordsLost <= 10 * kills && recordsLost >= 0 &&
+                                (lost + recordsLost == 0 || Number(report, "told") > 0));
     }
     for (std::size_t i = 0; i < warm.size(); ++i) {
         std::printf("  %s: %ld KiB resident, %ld descriptors; after a quarter %ld and %ld\n",

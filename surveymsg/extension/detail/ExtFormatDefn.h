@@ -33,6 +33,7 @@ public:
     std::unique_ptr<msgfmt, FreesBlock> Format;  ///< a heap block; the fields' names point into it
     CMapStringToOb Fields;                       ///< name to `CExtFieldDefn`
     CString Version;
+    std::size_t Bytes = 0;  ///< of memory, roughly, once it is whole
 
     // While the tree is built: what the record may still list, and how deep the walk is. A record that
     // lists more than it says, or structures inside themselves, is not sound.
