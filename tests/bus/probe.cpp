@@ -4,8 +4,11 @@
 //                                          again a moment later, up to a minute. Ends at once after the last.
 //   bus_probe receive KEY SENDERS DELAY    until the last message of each sender, or 10 s of silence;
 //                                          DELAY microseconds after each
+//   bus_probe offer KEY LETTER             a format of KEY and i that ends in LETTER, until it is killed
 //
 // Each says "ready" when it has begun, and at the end what it saw, as NAME=NUMBER.
+
+#include <unistd.h>
 
 #include <chrono>
 #include <cstdint>
@@ -118,6 +121,17 @@ int Receive(const char* key, std::size_t senders, std::chrono::microseconds dela
     return 0;
 }
 
+int Offer(const char* key, char letter) {
+    struct {
+        msgfmt head;
+        char rest[4];
+    } format{};
+    format.rest[sizeof format.rest - 1] = letter;
+    if (!TvxPublish(key, "i", &format.head, sizeof format)) return 1;
+    Say("ready");
+    for (;;) pause();
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -127,6 +141,7 @@ int main(int argc, char** argv) {
                     std::strtoull(argv[5], nullptr, 10));
     if (role == "receive" && argc == 5)
         return Receive(argv[2], std::strtoull(argv[3], nullptr, 10), std::chrono::microseconds(std::atoi(argv[4])));
-    std::fputs("usage: bus_probe send KEY COUNT RATE SIZE | receive KEY SENDERS DELAY\n", stderr);
+    if (role == "offer" && argc == 4) return Offer(argv[2], *argv[3]);
+    std::fputs("usage: bus_probe send KEY COUNT RATE SIZE | receive KEY SENDERS DELAY | offer KEY LETTER\n", stderr);
     return 2;
 }
