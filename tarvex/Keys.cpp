@@ -16,8 +16,8 @@ bool TextMatches(std::string_view pattern, std::string_view text) { return patte
 
 constexpr std::array<bool, 256> kNeedsEscape = [] {
     std::array<bool, 256> table{};
-    for (int byte = 0; byte <= 0x20; ++byte) table[static_cast<std::size_t>(byte)] = true;
-    for (const char byte : {'\x7F', '.', '*', '>', '%', '"', '\\'}) table[static_cast<std::size_t>(byte)] = true;
+    for (int byte = 0; byte <= 0x20; ++byte) table[static_cast<unsigned char>(byte)] = true;
+    for (const char byte : {'\x7F', '.', '*', '>', '%', '"', '\\'}) table[static_cast<unsigned char>(byte)] = true;
     return table;
 }();
 

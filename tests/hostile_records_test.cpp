@@ -268,7 +268,7 @@ std::string RecordOf39Fields() {
     std::uint32_t used = 0;
     LmbDefineFields(rows.data(), static_cast<int>(rows.size()));
     EXPECT_EQ(LmbBuildFormat(512, &format, &used), 0);
-    const std::string record(reinterpret_cast<const char*>(format), format->Length);
+    std::string record(reinterpret_cast<const char*>(format), format->Length);
     std::free(format);
     return record;
 }

@@ -44,7 +44,7 @@ std::shared_ptr<Connection> Connection::Open(const std::shared_ptr<EventLoop>& l
                                              const std::string& name, const std::string& inbox,
                                              const Handlers& handlers, std::string& why) {
     const OptionsOwner options = MakeOptions(*loop, settings, name, inbox, handlers);
-    const std::shared_ptr<Connection> connection(new Connection(loop));  // while nothing is lost if memory ends
+    std::shared_ptr<Connection> connection(new Connection(loop));  // while nothing is lost if memory ends
     natsConnection* made = nullptr;
     if (options && natsConnection_Connect(&made, options.get()) == NATS_OK) {
         connection->connection_.reset(made);

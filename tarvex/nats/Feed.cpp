@@ -12,7 +12,7 @@ namespace {
 
 constexpr std::int64_t kNanoseconds = 1000000000;
 constexpr std::int64_t kDeduplication = 600 * kNanoseconds;  // longer than any cut that a server restart makes
-constexpr std::int64_t kKept = 24 * 3600 * kNanoseconds;     // in a stream of our own making
+constexpr std::int64_t kKept = 24 * (3600 * kNanoseconds);   // in a stream of our own making
 constexpr std::int64_t kHeartbeat = kNanoseconds;
 constexpr std::int64_t kSilence = 4000;  // milliseconds without a heartbeat: the delivery is gone
 constexpr std::int64_t kApiWait = 3000;  // milliseconds for an answer of the store

@@ -197,7 +197,7 @@ TEST(Bus, AnyBytesOfAKeyComeBack) {
     for (const auto& [key, identifier] : pairs) {
         ASSERT_EQ(Subscribe(key.c_str(), identifier.c_str()), 1);
         ASSERT_EQ(Send(key.c_str(), identifier.c_str(), "body"), 1);
-        EXPECT_EQ(Read().keys, kSender + key + "|" + identifier);
+        EXPECT_EQ(Read().keys, std::string(kSender).append(key).append("|").append(identifier));
         EXPECT_EQ(Unsubscribe(key.c_str(), identifier.c_str()), 1);
     }
 }

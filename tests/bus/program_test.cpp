@@ -298,4 +298,5 @@ TEST_F(Program, AStreamGivesTheHistoryThatIsAskedFor) {
 }  // namespace
 
 // What the threads that a fork leaves behind had is lost in the child, and no fault.
+// NOLINTNEXTLINE(bugprone-reserved-identifier): the sanitizer asks under this name.
 extern "C" int __lsan_is_turned_off() { return isForkedChild; }

@@ -33,7 +33,7 @@ std::string FreePort() {
     address.sin_family = AF_INET;
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
     socklen_t size = sizeof address;
-    bind(taken, reinterpret_cast<sockaddr*>(&address), size);
+    EXPECT_EQ(bind(taken, reinterpret_cast<sockaddr*>(&address), size), 0);
     getsockname(taken, reinterpret_cast<sockaddr*>(&address), &size);
     close(taken);
     return std::to_string(ntohs(address.sin_port));

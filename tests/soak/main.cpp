@@ -93,7 +93,7 @@ int Soak(seconds time, bool isStored, const std::string& program) {
 
     server::ChildProcess* const all[] = {&first, &second, &producer};
     std::vector<Size> warm, last;
-    int kills = 0;
+    long kills = 0;
     const auto begin = Clock::now();
     for (auto next = kBetweenKills; next < time; next += kBetweenKills) {
         std::this_thread::sleep_until(begin + next - seconds(2));
@@ -108,7 +108,7 @@ int Soak(seconds time, bool isStored, const std::string& program) {
     }
     const std::string sent = producer.Output();
     bool holds = true;
-    std::printf("%s, %ld s, server killed %d times; sent: %s", isStored ? "stored" : "live",
+    std::printf("%s, %ld s, server killed %ld times; sent: %s", isStored ? "stored" : "live",
                 static_cast<long>(time.count()), kills, sent.c_str() + std::strlen("ready\n"));
     for (server::ChildProcess* reader : {&first, &second}) {
         const std::string report = reader->Output().substr(std::strlen("ready\n"));
