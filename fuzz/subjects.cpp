@@ -46,7 +46,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         std::string text, again;
         AppendKeyText(text, address);
         Address same;
-        if (!isPattern) Require(subjects.Parse(told, text.c_str(), again, same) && same == address);
+        if (!isPattern) Require(told == subject && subjects.Parse(told, text.c_str(), again, same) && same == address);
     }
     Number number;
     if (ReadNumber(reply, number)) {
@@ -55,9 +55,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         const std::string text(told, WriteNumber(told, number));
         Number same;
         Require(ReadNumber(text, same) && same.number == number.number && same.run == number.run);
-        repeats.IsNew(number);
+        const std::string_view sender = Subjects::SenderOf(subject);
+        repeats.IsNew(sender, number);
         number.isAgain = true;
-        Require(!repeats.IsNew(number));
+        Require(!repeats.IsNew(sender, number));
     }
     Places places;
     if (ReadPlaces(reply, places)) Require(places.inStream != 0 && places.inDelivery != 0);

@@ -16,7 +16,7 @@ RawClient::RawClient(bool isDriven) {
     const char* const url = std::getenv("TARVEX_URL");
     Check(natsOptions_SetURL(made, url ? url : ""), "url");
     if (isDriven) {
-        loop_ = std::make_unique<tarvex::EventLoop>();
+        loop_ = std::make_unique<tarvex::EventLoop>([] { return false; });
         Check(loop_->Serve(made), "loop");
         Check(natsOptions_SetSendAsap(made, true), "option");
         Check(natsOptions_UseGlobalMessageDelivery(made, true), "option");

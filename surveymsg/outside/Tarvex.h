@@ -82,7 +82,7 @@ TARVEX_API int TvxCombineKeys(char* text, uint32_t textSize, const char* node, c
                               const char* msgKey, const char* identifier);
 
 /// Takes such a text apart, in place: the results point into it. `*text` is moved past what was parsed.
-/// If it is no key text the result is 0 and nothing is set.
+/// If it is no key text the result is 0 and no key is set; the text may have been changed all the same.
 TARVEX_API int TvxExtractKeys(char** text, char** node, char** task, uint32_t* number, char** msgKey,
                               char** identifier);
 

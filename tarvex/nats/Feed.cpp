@@ -81,7 +81,7 @@ bool Feed::FindStream(Connection& connection) {
     natsStatus status = NATS_OK;
     const char* const why = nats_GetLastError(&status);
     journal_.Tell("the stream %s cannot be used: %s", settings_.stream.c_str(), why ? why : natsStatus_GetText(status));
-    return Fail(TvxErrorRefused) != 0;
+    return false;
 }
 
 bool Feed::GetStream(Connection& connection, Stream& stream) {

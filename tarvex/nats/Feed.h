@@ -23,7 +23,7 @@ public:
     Feed(const EngineSettings& settings, const Subjects& subjects, Senders& senders, ReaderSide& reader, Waker& waker,
          Journal& journal);
 
-    /// Makes the stream if there is none. False, with the last error value set, if it cannot be used.
+    /// Makes the stream if there is none. False if it cannot be used; the journal says why.
     bool FindStream(Connection& connection);
     /// Starts a subscription: 0 for what comes from now on, else the seconds of history that come first,
     /// 0xFFFF for all that the stream keeps. False, with the last error value set, if that failed.

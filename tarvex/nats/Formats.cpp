@@ -26,21 +26,21 @@ Formats::Formats(const Subjects& subjects, const Identity& identity, const Publi
     wishes_.AddForLater(replies_ + "*", {OnAnswer, this});
 }
 
-Formats::Places Formats::OfferSubjects(std::string_view msgKey, std::string_view identifier) const {
+Formats::Offering Formats::OfferingOf(std::string_view msgKey, std::string_view identifier) const {
     return {subjects_.FormatOfSender(identity_.Sends(msgKey, identifier)), subjects_.FormatOfPair(msgKey, identifier),
             subjects_.FormatOfAny()};
 }
 
-bool Formats::Offer(Connection& connection, const Places& subjects) {
-    for (const std::string& subject : subjects)
+bool Formats::Offer(Connection& connection, const Offering& offering) {
+    for (const std::string& subject : offering)
         if (!wishes_.Add(connection, subject, {OnQuestion, this})) return false;
     return connection.RoundTrip();
 }
 
-void Formats::Withdraw(const Places& subjects) {
+void Formats::Withdraw(const Offering& offering) {
     const bool isLast = !publications_.HasFormats();
-    for (const std::string& subject : subjects)
-        if (isLast || subject != subjects.back()) wishes_.Remove(subject);
+    for (const std::string& subject : offering)
+        if (isLast || subject != offering.back()) wishes_.Remove(subject);
 }
 
 void Formats::OnQuestion(natsConnection* connection, natsSubscription*, natsMsg* message, void* closure) {

@@ -23,12 +23,12 @@ public:
             Journal& journal);
 
     /// Where a pair's format is asked for.
-    using Places = std::array<std::string, 3>;
-    Places OfferSubjects(std::string_view msgKey, std::string_view identifier) const;
+    using Offering = std::array<std::string, 3>;
+    Offering OfferingOf(std::string_view msgKey, std::string_view identifier) const;
     /// Answers there from now on. False if the engine refuses.
-    bool Offer(Connection& connection, const Places& subjects);
+    bool Offer(Connection& connection, const Offering& offering);
     /// Answers no longer. Needs no memory.
-    void Withdraw(const Places& subjects);
+    void Withdraw(const Offering& offering);
 
     enum class Found { Format, Nobody, NoAnswer };
     /// Asks the other programs; within two seconds.

@@ -188,26 +188,26 @@ int NatsBus::Publish(std::string_view msgKey, std::string_view identifier, const
     }
     const Link::Current connection = link_.Await();
     if (!connection) return Fail(TvxErrorTimeout);
-    const Formats::Places places = formats_.OfferSubjects(msgKey, identifier);
+    const Formats::Offering offering = formats_.OfferingOf(msgKey, identifier);
     TvxError reason = TvxErrorTimeout;
     try {
-        if (formats_.Offer(*connection, places)) {
+        if (formats_.Offer(*connection, offering)) {
             publications_.Add(msgKey, identifier, format, formatSize);
             return 1;
         }
     } catch (const std::bad_alloc&) {
         reason = TvxErrorNoMemory;
     }
-    formats_.Withdraw(places);
+    formats_.Withdraw(offering);
     return Fail(reason);
 }
 
 int NatsBus::Unpublish(std::string_view msgKey, std::string_view identifier) {
     const std::lock_guard lock(subscribing_);
     const bool hadFormat = publications_.HasFormat(msgKey, identifier);
-    const Formats::Places places = formats_.OfferSubjects(msgKey, identifier);
+    const Formats::Offering offering = formats_.OfferingOf(msgKey, identifier);
     if (!publications_.Remove(msgKey, identifier)) return Fail(TvxErrorNothing);
-    if (hadFormat) formats_.Withdraw(places);
+    if (hadFormat) formats_.Withdraw(offering);
     return 1;
 }
 

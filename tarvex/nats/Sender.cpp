@@ -157,7 +157,7 @@ void Sender::Resume(const Link::Current& connection) {
     connection_ = connection;
     largest_ = connection->LargestPayload();
     refuses_ = probes_ = false;
-    next_ = stores_ ? outbox_.Confirmed() + 1 : 0;
+    next_ = stores_ ? outbox_.Confirmed() + 1 : 1;
     progress_ = Now();
     Pump(lock);
 }
@@ -294,9 +294,11 @@ void Sender::TakeAck(natsMsg* message) {
         outbox_.Release(0, 0);
         GoOn();
     } else if (body.find(kTooLongForStream) != std::string_view::npos) {
-        Lose(outbox_.From(number).Get(), "too long for the stream");
+        const Outbox::Cursor refused = outbox_.From(number);
+        if (refused.AtEnd() || refused.Get().number != number) return;  // given up already
+        Lose(refused.Get(), "too long for the stream");
         outbox_.Release(0, 0);
-        GoOn();
+        if (number <= outbox_.Confirmed()) GoOn();
     } else {
         journal_.AddAndTell(Count::Refused, "the stream refuses: %.*s", static_cast<int>(body.size()), body.data());
         probes_ = refuses_ = true;
