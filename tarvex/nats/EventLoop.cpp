@@ -1,8 +1,8 @@
 #include "tarvex/nats/EventLoop.h"
 
 #include <linux/sockios.h>
+#include <linux/tcp.h>
 #include <netinet/in.h>
-#include <netinet/tcp.h>
 #include <poll.h>
 #include <pthread.h>
 #include <sys/eventfd.h>
@@ -10,6 +10,7 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <system_error>
@@ -18,9 +19,10 @@
 namespace tarvex {
 namespace {
 
-constexpr int kGlance = 250;  // milliseconds between two looks at a silent server
-constexpr int kPause = 2;     // milliseconds, while the process is behind
-constexpr int kReads = 32;    // of 32 KiB at most, until the loop looks whether it is
+constexpr int kGlance = 250;           // milliseconds between two looks at a silent server
+constexpr std::int64_t kStall = 1500;  // milliseconds in which a link that works acknowledges something
+constexpr int kPause = 2;              // milliseconds, while the process is behind
+constexpr int kReads = 32;             // of 32 KiB at most, until the loop looks whether it is
 
 std::int64_t Now() {
     using namespace std::chrono;
@@ -140,16 +142,28 @@ void EventLoop::ExpectNoMore() {
     --expected_;
 }
 
-// Bytes that the other end's system has not acknowledged are watched by the system itself: a slow link with
-// a long queue is not a silent server.
-void EventLoop::CutIfSilent(int socket) {
+// A slow link with a long queue is not a silent server: there the other end's system takes more and more of what was
+// written before. What was written since says nothing: the system takes that for a server that stands still.
+void EventLoop::CutIfSilent(natsConnection* connection, int socket, std::int64_t heard, std::int64_t now) {
     int waiting = 0;
-    if (ioctl(socket, SIOCOUTQ, &waiting) == 0 && waiting == 0) shutdown(socket, SHUT_RDWR);
+    tcp_info info{};
+    socklen_t size = sizeof info;
+    if (ioctl(socket, SIOCOUTQ, &waiting) != 0 || getsockopt(socket, IPPROTO_TCP, TCP_INFO, &info, &size) != 0) return;
+    const std::uint64_t taken = info.tcpi_bytes_acked;
+    if (silence_.since != heard) {
+        const int unwritten = natsConnection_Buffered(connection);
+        silence_ = {heard, taken + static_cast<std::uint64_t>(waiting + std::max(unwritten, 0)), taken, now};
+    } else if (taken != silence_.taken && silence_.taken < silence_.owed) {
+        silence_.taken = taken;
+        silence_.takenAt = now;
+    }
+    if (now - heard > kSilence && now - silence_.takenAt > kStall) shutdown(socket, SHUT_RDWR);
 }
 
 void EventLoop::Run() {
     pthread_setname_np(pthread_self(), "tarvex-io");
     std::unique_lock lock(mutex_);
+    std::int64_t looked = 0;
     int readsLeft = kReads;
     bool pauses = false;
     while (!ends_) {
@@ -165,8 +179,12 @@ void EventLoop::Run() {
         const short events = static_cast<short>((reads_ && !pauses ? POLLIN : 0) | (writes_ ? POLLOUT : 0));
         pollfd watched[2] = {{wake_, POLLIN, 0}, {connection ? socket_ : -1, events, 0}};
         const bool expects = connection && expected_ > 0;
-        if (expects && Now() - heard_ > kSilence) CutIfSilent(socket_);
+        const std::int64_t heard = heard_;
         lock.unlock();
+        if (const std::int64_t now = expects ? Now() : 0; now - looked >= kGlance) {
+            looked = now;
+            CutIfSilent(connection, watched[1].fd, heard, now);
+        }
         const int ready = poll(watched, 2, pauses ? kPause : expects ? kGlance : -1);
         if (ready > 0 && watched[0].revents) {
             std::uint64_t count;

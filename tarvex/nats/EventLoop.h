@@ -32,8 +32,8 @@ public:
     /// Waits until something was written, or a moment.
     void AwaitWrite();
 
-    /// While an answer is expected from a server that has taken all bytes and says nothing, the connection
-    /// is cut after `kSilence`; the client then reports it as lost. Nests.
+    /// While an answer is expected from a server that says nothing for `kSilence`, the connection is cut, unless what
+    /// waits before the question is still being taken; the client then reports it as lost. Nests.
     void Expect();
     void ExpectNoMore();
     static constexpr std::int64_t kSilence = 4000;  // milliseconds
@@ -46,7 +46,7 @@ private:
 
     void Run();
     void Wake();
-    void CutIfSilent(int socket);
+    void CutIfSilent(natsConnection* connection, int socket, std::int64_t heard, std::int64_t now);
 
     const std::function<bool()> isBehind_;
     const int wake_;
@@ -61,6 +61,13 @@ private:
     bool ends_ = false;
     int expected_ = 0;
     std::int64_t heard_ = 0;  // when the server last said something, or was first expected to
+    struct Silence {
+        std::int64_t since = 0;    // that value of `heard_`
+        std::uint64_t owed = 0;    // all bytes that the server's system was to take then
+        std::uint64_t taken = 0;   // of all
+        std::int64_t takenAt = 0;  // when that last grew
+    };
+    Silence silence_;  // the loop's own
     std::thread thread_;
 };
 

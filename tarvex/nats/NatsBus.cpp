@@ -2,24 +2,16 @@
 
 #include <chrono>
 #include <cinttypes>
-#include <random>
 #include <string_view>
 
 #include "tarvex/LastError.h"
+#include "tarvex/nats/Secrets.h"
 
 namespace tarvex {
 namespace {
 
 constexpr std::chrono::milliseconds kEndWait(2000);
 constexpr auto kDone = static_cast<TvxError>(0);
-
-std::string NewRun() {
-    constexpr std::string_view kLetters = "0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz-_";
-    std::random_device source;
-    std::string run;
-    while (run.size() < kRunSize) run += kLetters[source() % kLetters.size()];
-    return run;
-}
 
 // What the server's own listings show.
 std::string NameFor(const Identity& identity) {
@@ -33,7 +25,7 @@ std::string NameFor(const Identity& identity) {
 NatsBus::NatsBus(Identity identity, EngineSettings settings)
     : identity_(std::move(identity)),
       settings_(std::move(settings)),
-      run_(NewRun()),
+      run_(SecretWord(kRunSize)),
       subjects_(settings_.domain, identity_),
       senders_(subjects_),
       journal_(NameFor(identity_)),

@@ -11,7 +11,7 @@ bool Outbox::MakeRoomFor(std::size_t bytes) {
 }
 
 Outbox::Entry Outbox::Add(std::string_view subject, std::string_view keys, const void* body, std::uint32_t bodyLength,
-                          std::uint64_t tag) {
+                          const Tag& tag) {
     const std::size_t size = Spool::Rounded(sizeof(Head) + subject.size() + 1 + keys.size() + 1 + bodyLength);
     const std::size_t blocks = spool_.Blocks().size();
     char* const place = spool_.Add(size);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <deque>
 #include <set>
@@ -17,20 +18,21 @@ public:
     static constexpr std::size_t kMostBytes = 64u << 20;
     static constexpr std::size_t kMostKept = 4u << 20;  // of confirmed ones
 
+    using Tag = std::array<char, 8>;  // of the caller
     struct Entry {
         std::uint64_t number;
         const char* subject;  ///< terminated, as is `keys`, which may be empty
         const char* keys;
         const char* body;
         std::uint32_t bodyLength;
-        std::uint64_t tag;  ///< of the caller
+        Tag tag;
     };
 
     /// Whether a message of this many bytes can be added; confirmed ones make room.
     bool MakeRoomFor(std::size_t bytes);
     /// The entry points into the outbox, which keeps its place. Raises `std::bad_alloc`, and is unchanged.
     Entry Add(std::string_view subject, std::string_view keys, const void* body, std::uint32_t bodyLength,
-              std::uint64_t tag);
+              const Tag& tag);
 
     /// The server has all messages up to this one, at `now`.
     void Confirm(std::uint64_t number, std::int64_t now);
@@ -65,7 +67,7 @@ public:
 private:
     struct Head {
         std::uint64_t number;
-        std::uint64_t tag;
+        Tag tag;
         std::uint32_t bodyLength;
         std::uint32_t subjectLength;
         std::uint32_t keysLength;

@@ -1,22 +1,24 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <string>
 
 namespace tarvex {
 
-/// Numbers that nobody can guess. Not for several threads at once.
+/// Words that nobody can guess, of letters, digits, "-" and "_". Not for several threads at once.
 class Secrets {
 public:
-    std::uint64_t Next();
+    /// Writes a word of this length to `text`, and gives its end. Not terminated.
+    char* Write(char* text, std::size_t length);
 
 private:
-    std::array<std::uint64_t, 32> drawn_;
+    std::array<std::uint8_t, 256> drawn_;
     std::size_t left_ = 0;
 };
 
-/// A word of letters and digits that nobody can guess.
-std::string SecretWord();
+/// One word of this length.
+std::string SecretWord(std::size_t length);
 
 }  // namespace tarvex

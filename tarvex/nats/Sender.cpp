@@ -1,8 +1,7 @@
 #include "tarvex/nats/Sender.h"
 
+#include <algorithm>
 #include <charconv>
-#include <cinttypes>
-#include <cstdio>
 #include <cstring>
 #include <functional>
 #include <limits>
@@ -28,7 +27,6 @@ constexpr std::size_t kHeaderRoom = 160;       // names, numbers and ends of a m
 constexpr std::size_t kKeysRoom = 20u << 10;   // for the longest subject and key text
 constexpr std::string_view kTooLongForStream = "\"err_code\":10054,";
 constexpr int kLongestNumber = 20;
-constexpr int kLongestTag = 17;
 
 std::int64_t Now() { return std::chrono::duration_cast<milliseconds>(steady_clock::now().time_since_epoch()).count(); }
 
@@ -59,7 +57,9 @@ int Sender::Send(std::string_view msgKey, std::string_view identifier, const voi
     if (denials_.Has(subject.text)) return Fail(TvxErrorDenied);
     if (IsTooLong(subject.keys.size(), count)) return Fail(TvxErrorTooLong);
     unlooked_ += count + kHeaderRoom;
-    const Outbox::Entry entry = outbox_.Add(subject.text, subject.keys, bytes, count, stores_ ? tags_.Next() : 0);
+    Outbox::Tag tag{};
+    if (stores_) tags_.Write(tag.data(), tag.size());
+    const Outbox::Entry entry = outbox_.Add(subject.text, subject.keys, bytes, count, tag);
     if (connection_ && next_ == entry.number && !probes_) {
         const natsStatus status = Put(entry);
         if (status == NATS_OK) {
@@ -139,9 +139,10 @@ natsStatus Sender::Put(const Outbox::Entry& entry) {
 // The number in a header lets the stream drop what comes twice. Nobody can guess it: the stream would drop ours as the
 // second.
 natsStatus Sender::PutStored(const Outbox::Entry& entry) {
-    char id[kLongestNumberText + 1 + kLongestTag], reply[160];
-    char* const idEnd = WriteNumber(id, {run_, entry.number});
-    std::snprintf(idEnd, kLongestTag + 1, "-%" PRIx64, entry.tag);
+    char id[kLongestNumberText + 1 + sizeof(Outbox::Tag) + 1], reply[160];
+    char* idEnd = WriteNumber(id, {run_, entry.number});
+    *idEnd++ = '-';
+    *std::copy(entry.tag.begin(), entry.tag.end(), idEnd) = '\0';
     char* const end = reply + ackHead_.copy(reply, sizeof reply - kLongestNumber - 1);
     *std::to_chars(end, end + kLongestNumber, entry.number).ptr = '\0';
     natsMsg* made = nullptr;

@@ -11,6 +11,7 @@ namespace {
 
 constexpr std::string_view kDigestMark = "%~";
 constexpr std::size_t kLongestInboxWord = 64;
+constexpr std::size_t kInboxWord = 16;
 
 // Two of the well-known 64-bit hashes of Fowler, Noll and Vo. What two keys share by chance is told apart by
 // the header.
@@ -112,7 +113,9 @@ std::string Subjects::InboxOfNode() const {
     return "_INBOX." + word;
 }
 
-std::string Subjects::Inbox(char purpose) const { return InboxOfNode() + "." + purpose + "." + SecretWord() + "."; }
+std::string Subjects::Inbox(char purpose) const {
+    return InboxOfNode() + "." + purpose + "." + SecretWord(kInboxWord) + ".";
+}
 
 std::string_view Subjects::SenderOf(std::string_view subject) {
     for (int word = 0; word < 2; ++word) subject = subject.substr(0, subject.rfind('.'));
