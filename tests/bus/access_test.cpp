@@ -10,6 +10,7 @@
 #include <string>
 #include <thread>
 
+#include "bus/Calls.h"
 #include "bus/OwnProcess.h"
 #include "server/ChildProcess.h"
 #include "server/EngineServer.h"
@@ -17,25 +18,12 @@
 
 namespace {
 
+using bus::FailedWith;
 using bus::InOwnProcess;
+using bus::Read;
+using bus::Send;
+using bus::Subscribe;
 using server::EngineServer;
-
-int Send(const std::string& key, const std::string& body) {
-    return TvxSend(key.c_str(), "", body.data(), static_cast<std::uint32_t>(body.size()));
-}
-
-int Subscribe(const std::string& key) { return TvxSubscribe("*", "*", 0, key.c_str(), "*", 0, 0); }
-
-std::string Read(std::uint32_t wait = 5000) {
-    char texts[4][1001], body[65536];
-    std::uint32_t number = 0, length = 0;
-    TvxWait(wait);
-    const int result = TvxRead(texts[0], 1001, texts[1], 1001, &number, texts[2], 1001, texts[3], 1001, nullptr, body,
-                               sizeof body, &length);
-    return result ? std::string(body, length) : "nothing";
-}
-
-bool FailedWith(int result, TvxError reason) { return result == 0 && GetLastError() == reason; }
 
 // The server tells after the fact.
 bool IsDeniedSoon(const std::string& key) {

@@ -19,34 +19,21 @@
 #include <thread>
 #include <vector>
 
+#include "bus/Calls.h"
 #include "bus/OwnProcess.h"
 #include "server/EngineServer.h"
 #include "surveymsg/outside/Tarvex.h"
 
 namespace {
 
+using bus::FailedWith;
 using bus::InOwnProcess;
+using bus::Read;
+using bus::Send;
+using bus::Subscribe;
 using server::EngineServer;
 using Clock = std::chrono::steady_clock;
 using std::chrono::milliseconds;
-
-int Send(const char* key, const std::string& body) {
-    return TvxSend(key, "", body.data(), static_cast<std::uint32_t>(body.size()));
-}
-
-int Subscribe(const char* key) { return TvxSubscribe("*", "*", 0, key, "*", 0, 0); }
-
-std::string Read(std::uint32_t wait = 5000) {
-    char texts[4][1001];
-    static char body[1310720];
-    std::uint32_t number = 0, length = 0;
-    TvxWait(wait);
-    const int result = TvxRead(texts[0], 1001, texts[1], 1001, &number, texts[2], 1001, texts[3], 1001, nullptr, body,
-                               sizeof body, &length);
-    return result ? std::string(body, length) : "nothing";
-}
-
-bool FailedWith(int result, TvxError reason) { return result == 0 && GetLastError() == reason; }
 
 #if defined(__has_feature)
 #if __has_feature(address_sanitizer)
