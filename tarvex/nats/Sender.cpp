@@ -16,7 +16,7 @@ using std::chrono::milliseconds;
 using std::chrono::steady_clock;
 
 constexpr std::int64_t kPassOn = 1000;    // milliseconds for the server to pass a message on
-constexpr std::int64_t kAckWait = 5000;   // milliseconds without an acknowledgement: something was lost
+constexpr std::int64_t kAckWait = 2000;   // milliseconds without an acknowledgement: something was lost
 constexpr std::int64_t kProbeWait = 300;  // milliseconds between two tries of a message that was not taken
 constexpr milliseconds kRoomWait(10000);
 constexpr std::uint64_t kHurryCount = 32768;
