@@ -19,7 +19,7 @@ double ParseSoundSpeed(const char* text) {
 }
 
 std::string ParsePart(const char* text) {
-    const std::string part = text ? text : "";
+    std::string part = text ? text : "";
     if (part != "producer" && part != "receiver" && part != "tool")
         throw OptionError("--part takes one of producer, receiver, tool");
     return part;

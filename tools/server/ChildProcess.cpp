@@ -14,6 +14,7 @@ ChildProcess::ChildProcess(std::vector<std::string> command, const Settings& set
     int ends[2];
     if (pipe2(ends, O_CLOEXEC) != 0) return;
     std::vector<char*> arguments;
+    arguments.reserve(command.size() + 1);
     for (std::string& word : command) arguments.push_back(word.data());
     arguments.push_back(nullptr);
     const pid_t parent = getpid();

@@ -34,7 +34,8 @@ std::string ReadAll(const std::filesystem::path& path) {
 }  // namespace
 
 bool EngineServer::IsInstalled() {
-    std::string_view path = std::getenv("PATH") ? std::getenv("PATH") : "";
+    const char* const folders = std::getenv("PATH");
+    std::string_view path = folders ? folders : "";
     while (!path.empty()) {
         const std::string_view folder = path.substr(0, path.find(':'));
         path.remove_prefix(std::min(path.size(), folder.size() + 1));
@@ -75,6 +76,7 @@ void EngineServer::Start() {
                                       directory_ + "/server.conf"};
     if (options_.stores) words.insert(words.end(), {"-js", "-sd", directory_ + "/streams"});
     std::vector<char*> arguments;
+    arguments.reserve(words.size() + 1);
     for (std::string& word : words) arguments.push_back(word.data());
     arguments.push_back(nullptr);
     const std::string log = directory_ + "/log";
