@@ -19,7 +19,8 @@ public:
         void* closure;
     };
 
-    /// Tries the servers in the order of the list, at most two seconds each. Null if none serves; `why` then says so.
+    /// Tries the servers in the order of the list, at most two seconds each. `inbox`: the first words of where the
+    /// server answers the client's own requests. Null if none serves; `why` then says so.
     static std::shared_ptr<Connection> Open(const std::shared_ptr<EventLoop>& loop, const EngineSettings& settings,
                                             const std::string& name, const std::string& inbox, const Handlers& handlers,
                                             std::string& why);
@@ -47,7 +48,8 @@ public:
     /// Waits until something was written, or a moment.
     void AwaitWrite() { loop_->AwaitWrite(); }
     /// Whether the client holds more than is good before it is written.
-    bool IsCrowded() const { return natsConnection_Buffered(Get()) > kMostBuffered; }
+    bool IsCrowded() const { return IsCrowded(Get()); }
+    static bool IsCrowded(natsConnection* connection) { return natsConnection_Buffered(connection) > kMostBuffered; }
     /// The server's limit for a body and its headers.
     std::int64_t LargestPayload() const { return largestPayload_; }
     std::string Server() const;

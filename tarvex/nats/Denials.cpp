@@ -15,9 +15,8 @@ bool Denials::Add(std::string_view text) {
         subjects_.clear();
         beginnings_.clear();
     }
-    (isWhole ? subjects_ : beginnings_).emplace(subject.substr(0, end));
     any_ = true;
-    return true;
+    return (isWhole ? subjects_ : beginnings_).emplace(subject.substr(0, end)).second;
 }
 
 void Denials::Clear() {

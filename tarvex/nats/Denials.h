@@ -12,7 +12,8 @@ namespace tarvex {
 class Denials {
 public:
     /// A text of the server: Permissions Violation for Publish to "the subject". The client cuts it, and what cannot
-    /// be printed stands in it otherwise: then all subjects that begin so are denied. False if it is no such text.
+    /// be printed stands in it otherwise: then all subjects that begin so are denied. False if it is no such text, or
+    /// known.
     bool Add(std::string_view text);
     /// A new connection may permit what the last one did not.
     void Clear();

@@ -17,7 +17,6 @@ constexpr std::int64_t kHeartbeat = kNanoseconds;
 constexpr std::int64_t kSilence = 4000;  // milliseconds without a heartbeat: the delivery is gone
 constexpr std::int64_t kApiWait = 3000;  // milliseconds for an answer of the store
 constexpr std::uint16_t kAllHistory = 0xFFFF;
-constexpr int kMostBuffered = 1 << 20;  // then no answer is given; the store asks again
 
 using ContextOwner = std::unique_ptr<jsCtx, Destroy<jsCtx_Destroy>>;
 using StreamInfoOwner = std::unique_ptr<jsStreamInfo, Destroy<jsStreamInfo_Destroy>>;
@@ -324,8 +323,8 @@ void Feed::TakeStatus(natsConnection* connection, natsMsg* message) {
     }
     const char* answer = natsMsg_GetReply(message);
     if (!answer) answer = Header(message, "Nats-Consumer-Stalled");
-    if (answer && std::string_view(answer).starts_with("$JS.FC.") &&
-        natsConnection_Buffered(connection) < kMostBuffered)
+    // If it is not answered the store asks again.
+    if (answer && std::string_view(answer).starts_with("$JS.FC.") && !Connection::IsCrowded(connection))
         natsConnection_Publish(connection, answer, nullptr, 0);
     const char* const last = Header(message, "Nats-Last-Consumer");
     if (!last) return;

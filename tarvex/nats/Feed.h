@@ -59,7 +59,7 @@ private:
     Senders& senders_;  // the delivery thread's own
     const std::string deliverHead_;
     ReaderSide& reader_;
-    Waker& waker_;  // the delivery thread's own
+    Waker& waker_;
     Journal& journal_;
 
     std::mutex asking_;          // one request to the engine at a time; never taken by the delivery

@@ -9,7 +9,6 @@ namespace {
 constexpr std::chrono::milliseconds kAnswerWait(2000);
 constexpr std::chrono::milliseconds kMoreAnswersWait(30);  // after one that had none
 constexpr int kMostQuestion = 16384;                       // a key text of five escaped keys, and more
-constexpr int kMostBuffered = 1 << 20;
 
 bool IsOne(std::string_view key) { return key != "*"; }
 
@@ -55,8 +54,7 @@ void Formats::OnQuestion(natsConnection* connection, natsSubscription*, natsMsg*
 void Formats::Answer(natsConnection* connection, natsMsg* question) const {
     const char* const reply = natsMsg_GetReply(question);
     const int length = natsMsg_GetDataLength(question);
-    if (!reply || !Subjects::IsInbox(reply) || length > kMostQuestion ||
-        natsConnection_Buffered(connection) > kMostBuffered) {
+    if (!reply || !Subjects::IsInbox(reply) || length > kMostQuestion || Connection::IsCrowded(connection)) {
         journal_.AddAndTell(Count::Foreign, "a question for a format that is none");
         return;
     }

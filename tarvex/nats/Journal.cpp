@@ -27,9 +27,8 @@ Journal::Journal(std::string who) : who_(std::move(who)) {
     const std::string path = Setting("TARVEX_LOG", "");
     if (path == "-")
         file_ = STDERR_FILENO;
-    else if (!path.empty())
-        file_ =
-            open(path.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NONBLOCK, 0666);  // a pipe holds nobody up
+    else if (!path.empty())  // a full pipe holds nobody up
+        file_ = open(path.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NONBLOCK, 0666);
 }
 
 Journal::~Journal() {

@@ -142,11 +142,6 @@ Link::Current Link::Await() {
     return up_ ? connection_ : nullptr;
 }
 
-Link::Current Link::Now() {
-    const std::lock_guard lock(mutex_);
-    return up_ ? connection_ : nullptr;
-}
-
 void Link::Hurry() {
     {
         const std::lock_guard lock(mutex_);

@@ -48,8 +48,6 @@ public:
     bool HasThreads() const { return hasThreads_; }
     /// The connection, after a short wait for the next one if there is none. Null if that was not enough.
     Current Await();
-    /// Null if there is none.
-    Current Now();
     void Hurry();
     /// Closes the connection and ends the threads.
     void End();

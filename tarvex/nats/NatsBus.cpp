@@ -11,7 +11,6 @@ namespace tarvex {
 namespace {
 
 constexpr std::chrono::milliseconds kEndWait(2000);
-constexpr auto kDone = static_cast<TvxError>(0);
 
 // What the server's own listings show.
 std::string NameFor(const Identity& identity) {
@@ -82,19 +81,19 @@ int NatsBus::Send(std::string_view msgKey, std::string_view identifier, const vo
 
 bool NatsBus::SubscribeLive(Connection& connection, const Address& pattern) {
     const std::string subject = subjects_.Pattern({"*", "*", 0, pattern.msgKey, pattern.identifier});
-    const auto subscribe = [&] {
-        if (!wishes_.Add(connection, subject, {OnMessage, this}) || !connection.RoundTrip()) return TvxErrorTimeout;
-        OnDenied(connection.LastError());
-        if (denials_.Has(subject)) return TvxErrorDenied;
-        reader_.Add(pattern);
-        return kDone;
-    };
-    TvxError reason = TvxErrorNoMemory;
+    TvxError reason = TvxErrorTimeout;
     try {
-        reason = subscribe();
+        if (wishes_.Add(connection, subject, {OnMessage, this}) && connection.RoundTrip()) {
+            OnDenied(connection.LastError());
+            if (!denials_.Has(subject)) {
+                reader_.Add(pattern);
+                return true;
+            }
+            reason = TvxErrorDenied;
+        }
     } catch (const std::bad_alloc&) {
+        reason = TvxErrorNoMemory;
     }
-    if (reason == kDone) return true;
     if (!reader_.Names(pattern.msgKey, pattern.identifier)) wishes_.Remove(subject);
     return Fail(reason) != 0;
 }

@@ -57,7 +57,7 @@ private:
     const EngineSettings settings_;
     const std::string run_;  // tells this run of the program from all others
     const Subjects subjects_;
-    Senders senders_;  // the delivery thread's own, as are the waker and the repeats
+    Senders senders_;  // the delivery thread's own, as are the repeats
     Journal journal_;
     Publications publications_;
     ReaderSide reader_;

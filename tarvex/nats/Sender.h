@@ -26,7 +26,7 @@ public:
 
     int Send(std::string_view msgKey, std::string_view identifier, const void* bytes, std::uint32_t count);
 
-    /// Sends what waits, then all that is added. Returns when the connection ends or nothing waits.
+    /// Sends what waits, or the first part of much, whose rest goes with `Tend`; then all that is added.
     void Resume(const Link::Current& connection);
     /// Sends nothing more on this connection; null for any.
     void Suspend(const natsConnection* ended);

@@ -3,7 +3,6 @@
 #include <list>
 #include <mutex>
 #include <string>
-#include <vector>
 
 #include "tarvex/nats/Subscription.h"
 

@@ -129,16 +129,13 @@ TEST_F(Access, CertificatesOpen) {
 
 TEST_F(Access, DomainsAreApart) {
     Start("");
-    const auto useDomain = [&](const char* domain) {
-        Use("");
-        setenv("TARVEX_DOMAIN", domain, 1);
-    };
     server::ChildProcess other({BUS_PROBE, "receive", "*", "1", "0"},
                                {{"TARVEX_URL", server_->Url()}, {"TARVEX_DOMAIN", "second"}});
     ASSERT_TRUE(other.Await("ready\n"));
     for (const char* domain : {"first", "second"})
         EXPECT_TRUE(InOwnProcess([&] {
-            useDomain(domain);
+            Use("");
+            setenv("TARVEX_DOMAIN", domain, 1);
             const std::uint64_t onlyOne[] = {1, 1};  // a message that the probe counts
             ASSERT_EQ(Subscribe("k"), 1);
             ASSERT_EQ(TvxSend("k", domain, onlyOne, sizeof onlyOne), 1);

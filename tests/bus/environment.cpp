@@ -6,13 +6,14 @@
 #include <memory>
 #include <string>
 
+#include "bus/Way.h"
 #include "server/EngineServer.h"
 
 namespace {
 
 class Environment : public testing::Environment {
     void SetUp() override {
-        const char* const way = std::getenv("BUS_TEST_WAY");
+        const char* const way = bus::Way();
         if (!way) return;
         if (!server::EngineServer::IsInstalled()) GTEST_SKIP() << "nats-server is not installed";
         const bool stores = std::string(way) == "stored";

@@ -13,6 +13,7 @@
 #include <thread>
 #include <vector>
 
+#include "bus/Calls.h"
 #include "bus/OwnProcess.h"
 #include "bus/RawClient.h"
 #include "server/EngineServer.h"
@@ -22,6 +23,7 @@ namespace {
 
 using bus::InOwnProcess;
 using bus::RawClient;
+using bus::Send;
 using server::EngineServer;
 
 struct Got {
@@ -40,10 +42,6 @@ Got Read(std::uint32_t wait = 5000) {
         return {};
     return {std::string(node) + "|" + task + "|" + std::to_string(number) + "|" + msgKey + "|" + identifier,
             std::string(body, length)};
-}
-
-int Send(const char* key, const std::string& body) {
-    return TvxSend(key, "", body.data(), static_cast<std::uint32_t>(body.size()));
 }
 
 class Hostile : public testing::TestWithParam<std::string> {
